@@ -1,0 +1,5 @@
+#pragma once
+
+#define IDC_CONTROL_WITH_TIP 1000
+#define IDC_CONTROL_WHOLE_TEXT 1001
+#define IDC_CONTROL_NO_TEXT 1002
