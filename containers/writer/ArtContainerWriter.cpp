@@ -218,7 +218,9 @@ int32_t ArtContainerWriter::AddItem(ArtItemSource item) {
     return static_cast<int32_t>(items_.size());
 }
 
-void ArtContainerWriter::SetKeywordIndex(KeywordIndexPlan index) { keywordIndex_ = std::move(index); }
+void ArtContainerWriter::SetKeywordIndex(KeywordIndexPlan index) {
+    keywordIndex_ = std::move(index);
+}
 
 KeywordIndexPlan ArtContainerWriter::DeriveKeywordIndex() const {
     KeywordIndexPlan index;

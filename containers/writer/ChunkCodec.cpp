@@ -85,50 +85,48 @@ bool CompressChunk(int32_t method, const std::vector<uint8_t>& data, const Implo
     static const uint8_t kNothing = 0;
     const uint8_t* source = data.empty() ? &kNothing : data.data();
     switch (method) {
-    case kMethodStored:
-        payload = data;
-        return true;
-    case kMethodZlib: {
-        uLongf length = compressBound(static_cast<uLong>(data.size()));
-        payload.resize(length);
-        int status = compress(payload.data(), &length, source, static_cast<uLong>(data.size()));
-        if (status != Z_OK) {
-            payload.clear();
-            error = "zlib compress failed with status " + std::to_string(status);
-            return false;
+        case kMethodStored: payload = data; return true;
+        case kMethodZlib: {
+            uLongf length = compressBound(static_cast<uLong>(data.size()));
+            payload.resize(length);
+            int status = compress(payload.data(), &length, source, static_cast<uLong>(data.size()));
+            if (status != Z_OK) {
+                payload.clear();
+                error = "zlib compress failed with status " + std::to_string(status);
+                return false;
+            }
+            payload.resize(length);
+            return true;
         }
-        payload.resize(length);
-        return true;
-    }
-    case kMethodImplode: {
-        if (implode.type != dcl::kCompressionAscii && implode.type != dcl::kCompressionBinary) {
-            error = "implode type " + std::to_string(implode.type) + " is neither text nor binary";
-            return false;
+        case kMethodImplode: {
+            if (implode.type != dcl::kCompressionAscii && implode.type != dcl::kCompressionBinary) {
+                error = "implode type " + std::to_string(implode.type) + " is neither text nor binary";
+                return false;
+            }
+            if (implode.dictionarySize != 1024 && implode.dictionarySize != 2048 &&
+                implode.dictionarySize != 4096) {
+                error = "implode dictionary size " + std::to_string(implode.dictionarySize) +
+                        " is not 1024, 2048 or 4096";
+                return false;
+            }
+            std::unique_ptr<char[]> work(new char[dcl::kWorkBufferSize]());
+            ImplodeState state;
+            state.source = {source, data.size(), 0};
+            state.out = &payload;
+            unsigned int type = implode.type;
+            unsigned int dictionarySize = implode.dictionarySize;
+            unsigned int status =
+                dcl::implode(ImplodeRead, ImplodeWrite, work.get(), &state, &type, &dictionarySize);
+            if (status != dcl::kOk) {
+                payload.clear();
+                error = "implode failed with status " + std::to_string(status);
+                return false;
+            }
+            return true;
         }
-        if (implode.dictionarySize != 1024 && implode.dictionarySize != 2048 &&
-            implode.dictionarySize != 4096) {
-            error = "implode dictionary size " + std::to_string(implode.dictionarySize) +
-                    " is not 1024, 2048 or 4096";
+        default:
+            error = "method " + std::to_string(method) + " is not 0 (stored), 1 (zlib) or 2 (implode)";
             return false;
-        }
-        std::unique_ptr<char[]> work(new char[dcl::kWorkBufferSize]());
-        ImplodeState state;
-        state.source = {source, data.size(), 0};
-        state.out = &payload;
-        unsigned int type = implode.type;
-        unsigned int dictionarySize = implode.dictionarySize;
-        unsigned int status =
-            dcl::implode(ImplodeRead, ImplodeWrite, work.get(), &state, &type, &dictionarySize);
-        if (status != dcl::kOk) {
-            payload.clear();
-            error = "implode failed with status " + std::to_string(status);
-            return false;
-        }
-        return true;
-    }
-    default:
-        error = "method " + std::to_string(method) + " is not 0 (stored), 1 (zlib) or 2 (implode)";
-        return false;
     }
 }
 
@@ -143,69 +141,67 @@ bool DecompressChunk(int32_t method, const uint8_t* payload, size_t payloadSize,
     static const uint8_t kNothing = 0;
     if (payload == nullptr) payload = &kNothing;
     switch (method) {
-    case kMethodStored:
-        if (payloadSize != expected) {
-            error = "the stored payload is " + std::to_string(payloadSize) + " bytes, but the chunk says " +
-                    std::to_string(uncompressedSize);
-            return false;
+        case kMethodStored:
+            if (payloadSize != expected) {
+                error = "the stored payload is " + std::to_string(payloadSize) +
+                        " bytes, but the chunk says " + std::to_string(uncompressedSize);
+                return false;
+            }
+            data.assign(payload, payload + payloadSize);
+            return true;
+        case kMethodZlib: {
+            // One spare byte tells a stream that holds too much from one that fits.
+            data.resize(expected + 1);
+            uLongf length = static_cast<uLongf>(data.size());
+            uLong sourceLength = static_cast<uLong>(payloadSize);
+            int status = uncompress2(data.data(), &length, payload, &sourceLength);
+            if (status == Z_BUF_ERROR && length == data.size()) {
+                data.clear();
+                error = "the zlib stream holds more than the " + std::to_string(uncompressedSize) +
+                        " bytes that the chunk says";
+                return false;
+            }
+            if (status != Z_OK) {
+                data.clear();
+                error = std::string("the zlib stream is damaged (") +
+                        (zError(status) ? zError(status) : "?") + ")";
+                return false;
+            }
+            data.resize(length);
+            if (length != expected) {
+                error = SizeMismatch(length, uncompressedSize);
+                data.clear();
+                return false;
+            }
+            return true;
         }
-        data.assign(payload, payload + payloadSize);
-        return true;
-    case kMethodZlib: {
-        // One spare byte tells a stream that holds too much from one that fits.
-        data.resize(expected + 1);
-        uLongf length = static_cast<uLongf>(data.size());
-        uLong sourceLength = static_cast<uLong>(payloadSize);
-        int status = uncompress2(data.data(), &length, payload, &sourceLength);
-        if (status == Z_BUF_ERROR && length == data.size()) {
-            data.clear();
-            error = "the zlib stream holds more than the " + std::to_string(uncompressedSize) +
-                    " bytes that the chunk says";
-            return false;
+        case kMethodImplode: {
+            std::unique_ptr<char[]> work(new char[dcl::kWorkBufferSize]());
+            ExplodeState state;
+            state.source = {payload, payloadSize, 0};
+            state.out = &data;
+            state.limit = expected;
+            data.reserve(expected);
+            unsigned int status = dcl::explode(ExplodeRead, ExplodeWrite, work.get(), &state);
+            if (state.overflow) {
+                data.clear();
+                error = "the implode stream holds more than the " + std::to_string(uncompressedSize) +
+                        " bytes that the chunk says";
+                return false;
+            }
+            if (status != dcl::kOk) {
+                data.clear();
+                error = "the implode stream is damaged (explode status " + std::to_string(status) + ")";
+                return false;
+            }
+            if (data.size() != expected) {
+                error = SizeMismatch(data.size(), uncompressedSize);
+                data.clear();
+                return false;
+            }
+            return true;
         }
-        if (status != Z_OK) {
-            data.clear();
-            error =
-                std::string("the zlib stream is damaged (") + (zError(status) ? zError(status) : "?") + ")";
-            return false;
-        }
-        data.resize(length);
-        if (length != expected) {
-            error = SizeMismatch(length, uncompressedSize);
-            data.clear();
-            return false;
-        }
-        return true;
-    }
-    case kMethodImplode: {
-        std::unique_ptr<char[]> work(new char[dcl::kWorkBufferSize]());
-        ExplodeState state;
-        state.source = {payload, payloadSize, 0};
-        state.out = &data;
-        state.limit = expected;
-        data.reserve(expected);
-        unsigned int status = dcl::explode(ExplodeRead, ExplodeWrite, work.get(), &state);
-        if (state.overflow) {
-            data.clear();
-            error = "the implode stream holds more than the " + std::to_string(uncompressedSize) +
-                    " bytes that the chunk says";
-            return false;
-        }
-        if (status != dcl::kOk) {
-            data.clear();
-            error = "the implode stream is damaged (explode status " + std::to_string(status) + ")";
-            return false;
-        }
-        if (data.size() != expected) {
-            error = SizeMismatch(data.size(), uncompressedSize);
-            data.clear();
-            return false;
-        }
-        return true;
-    }
-    default:
-        error = "method " + std::to_string(method) + " is unknown";
-        return false;
+        default: error = "method " + std::to_string(method) + " is unknown"; return false;
     }
 }
 

@@ -77,14 +77,10 @@ std::string KindText(int32_t kind) {
 
 std::string MethodName(int32_t method) {
     switch (method) {
-    case containers::kMethodStored:
-        return "stored";
-    case containers::kMethodZlib:
-        return "zlib";
-    case containers::kMethodImplode:
-        return "implode";
-    default:
-        return "unknown";
+        case containers::kMethodStored: return "stored";
+        case containers::kMethodZlib: return "zlib";
+        case containers::kMethodImplode: return "implode";
+        default: return "unknown";
     }
 }
 

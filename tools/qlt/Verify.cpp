@@ -356,7 +356,9 @@ int VerifyReport::Problems() const {
     return count;
 }
 
-int VerifyReport::Warnings() const { return static_cast<int>(findings.size()) - Problems(); }
+int VerifyReport::Warnings() const {
+    return static_cast<int>(findings.size()) - Problems();
+}
 
 VerifyReport VerifyContainerBytes(const std::vector<uint8_t>& bytes) {
     VerifyReport report;
