@@ -1,0 +1,98 @@
+// The seam between the control and the browser dialog that fills it.
+//
+// The control surface (CLumbrelCtrl) reaches everything of the browser
+// through `Browser`: the dialog's window, the fields that the host sets, the
+// navigation and refresh operations, the selection record and the gallery
+// facts that the keyboard map moves through. The browser speaks back through
+// `ItemEventSink`, which the control implements: ItemSel and ItemDBClick.
+//
+// What the control does itself, without asking the browser: converting the
+// automation arguments, the check boxes and radio buttons of the dialog
+// (addressed by their identifiers, LumbrelIds.h), focus changes between tree
+// and gallery, the gallery's scroll bar reset, the order of the steps of
+// each member and keyboard row, and firing the events.
+//
+// CGraphicDlg implements this interface (or CLumbrelCtrl does, forwarding to
+// its CGraphicDlg base); until then a control without a browser has an empty
+// window and its browser-bound members do nothing.
+#pragma once
+
+#include <windows.h>
+
+#include <string>
+
+#include "browser/GraphicItemInfo.h"
+
+namespace control {
+
+class ItemEventSink {
+public:
+    // ItemSel with a VARIANT of type VT_BYREF alone whose reference is
+    // `info`: the record itself, valid for the duration of the call.
+    virtual void FireItemSel(browser::GraphicItemInfo& info) = 0;
+    virtual void FireItemDBClick() = 0;
+
+protected:
+    ~ItemEventSink() = default;
+};
+
+// The gallery's numbers that the keyboard map reads.
+struct GalleryPosition {
+    int itemCount = 0;
+    int selectedIndex = -1;
+    int currentIndex = -1;
+    int totalRows = 0;
+    int columns = 0;
+};
+
+class Browser {
+public:
+    virtual ~Browser() = default;
+
+    // Where the browser fires its events; null detaches.
+    virtual void AttachEvents(ItemEventSink* sink) = 0;
+
+    // Makes the dialog (template 202) as the child of the control's window.
+    virtual bool CreateBrowserWindow(HWND parent) = 0;
+    // The dialog window; null while it does not exist.
+    virtual HWND BrowserWindow() const = 0;
+
+    // Fields set by the host. They are kept whether or not the dialog
+    // exists: OnInitDialog reads itemPath and initialPosition.
+    virtual void SetItemPath(const std::string& path, long initialPosition) = 0;
+    virtual void SetDoubleClickFlag(BOOL flag) = 0;
+    virtual void SetLargeThumbnails(BOOL large) = 0;
+
+    // Navigation and refreshing.
+    virtual void NavigateToPath(const std::string& path, long position) = 0;
+    // Clears the combo's `populated` flag, empties it and gives it the one
+    // entry `text` (SetSingleEntry). RefreshCombo calls it whether or not the
+    // dialog exists yet.
+    virtual void ResetDriveCombo(const std::string& text) = 0;
+    // The combo's OnSelChange: rebuilds the tree from the entry shown.
+    virtual void RebuildFromDriveCombo() = 0;
+    // Gives the gallery a cell size of 0 x 0 and empties it.
+    virtual void ClearGallery() = 0;
+    virtual void RedrawThumbnails() = 0;
+    virtual void OnLargeThumbnails() = 0;
+    virtual void OnSmallThumbnails() = 0;
+
+    // The last record sent (`itemInfo`).
+    virtual browser::GraphicItemInfo& ItemInfo() = 0;
+    // The path of the tree's selected node; false when there is none.
+    virtual bool GetSelectedPath(std::string* path) = 0;
+    // Fills `itemInfo` for a double click on the tree's node at `path`.
+    virtual void PrepareDoubleClick(const std::string& path) = 0;
+
+    // The gallery, for the keyboard map.
+    virtual GalleryPosition GetGalleryPosition() const = 0;
+    virtual void SetGalleryCurrentIndex(int index) = 0;
+    virtual void SetGallerySelection(int index) = 0;
+    virtual bool IsGalleryCellVisible(int index) const = 0;
+    virtual void EnsureGalleryCellVisible(int index) = 0;
+    virtual void SetGalleryTopRow(int row, bool repaint) = 0;
+    // Tells the host about the gallery's current item (ItemSel).
+    virtual void OnGalleryCommand() = 0;
+};
+
+}  // namespace control

@@ -1,0 +1,26 @@
+// Resource identifiers of the test container. #define lines only: the
+// resource compiler reads this file too.
+#pragma once
+
+#define IDM_CONTAINER 100
+#define IDD_ARGUMENTS 101
+#define IDI_CONTAINER 102
+
+#define IDC_ARGUMENT_TEXT_LABEL 1001
+#define IDC_ARGUMENT_TEXT 1002
+#define IDC_ARGUMENT_NUMBER_LABEL 1003
+#define IDC_ARGUMENT_NUMBER 1004
+
+#define ID_FILE_EXIT 40001
+#define ID_ASPECT_RATIO_TOGGLE 40010
+#define ID_ASPECT_RATIO_GET 40011
+#define ID_THUMBNAIL_STATE_TOGGLE 40012
+#define ID_THUMBNAIL_STATE_GET 40013
+#define ID_REFRESH_COMBO 40014
+#define ID_SET_ITEM_PATH 40015
+#define ID_DOUBLE_CLICK_FLAG 40016
+#define ID_REFRESH_CONTROL 40017
+#define ID_REDRAW_BITMAPS 40018
+#define ID_ABOUT_BOX 40019
+#define ID_PROPERTIES 40020
+#define ID_LOG_CLEAR 40030

@@ -1,0 +1,386 @@
+// The keyboard map and the double click: every row of the tables through
+// PreTranslateMessage, and the plumbing that brings the messages there
+// whatever the host's loop does (the thread's message filter, and
+// TranslateAccelerator without a second offer).
+#include <cstring>
+
+#include "ControlTestEnvironment.h"
+#include "browser/GraphicItemInfo.h"
+#include "control/LumbrelIds.h"
+#include "framework/ole/MessageFilter.h"
+#include "framework/win32/Window.h"
+
+namespace controltest {
+namespace {
+
+// Records the keyboard and mouse messages that reach a window.
+class MessageLog : public framework::win32::Window {
+public:
+    std::vector<UINT> messages;
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        if ((message >= WM_KEYFIRST && message <= WM_KEYLAST) ||
+            (message >= WM_MOUSEFIRST && message <= WM_MOUSELAST))
+            messages.push_back(message);
+        return Window::WindowProc(message, wParam, lParam);
+    }
+};
+
+class KeyboardTest : public ControlFixture {
+protected:
+    void SetUp() override {
+        ControlFixture::SetUp();
+        Activate(OLEIVERB_UIACTIVATE);
+        gallery = browser->Item(control::kGalleryId);
+        tree = browser->Item(control::kTreeId);
+        ASSERT_NE(nullptr, gallery);
+        ASSERT_NE(nullptr, tree);
+        browser->gallery = control::GalleryPosition{10, 2, 2, 3, 4};
+        browser->ClearCalls();
+        sink = new EventRecorder(&events, "sink");
+        cookie = AdviseEvents(Unknown(), sink);
+    }
+    void TearDown() override {
+        UnadviseEvents(Unknown(), cookie);
+        sink->Release();
+        ControlFixture::TearDown();
+    }
+
+    BOOL Key(UINT message, WPARAM key, HWND focus) {
+        if (focus != nullptr) ::SetFocus(focus);
+        MSG msg = {};
+        msg.hwnd = ::GetFocus();
+        msg.message = message;
+        msg.wParam = key;
+        msg.lParam = message == WM_SYSKEYDOWN ? (1 | (1 << 29)) : 1;
+        return control->PreTranslateMessage(&msg);
+    }
+    BOOL KeyDown(WPARAM key, HWND focus) { return Key(WM_KEYDOWN, key, focus); }
+    BOOL Alt(char key) { return Key(WM_SYSKEYDOWN, static_cast<WPARAM>(key), gallery); }
+    BOOL DoubleClickAt(HWND window, POINT point) {
+        MSG msg = {};
+        msg.hwnd = window;
+        msg.message = WM_LBUTTONDBLCLK;
+        msg.pt = point;
+        return control->PreTranslateMessage(&msg);
+    }
+    BOOL DoubleClickAt(HWND window) {
+        RECT rect = {};
+        ::GetWindowRect(window, &rect);
+        return DoubleClickAt(window, POINT{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2});
+    }
+    LRESULT Check(int id) const { return ::SendMessageA(browser->Item(id), BM_GETCHECK, 0, 0); }
+    std::vector<std::string> Moves(int to) const {
+        return {"SetGalleryCurrentIndex(" + std::to_string(to) + ")",
+                "SetGallerySelection(" + std::to_string(to) + ")", "OnGalleryCommand"};
+    }
+
+    HWND gallery = nullptr;
+    HWND tree = nullptr;
+    std::vector<RecordedEvent> events;
+    EventRecorder* sink = nullptr;
+    DWORD cookie = 0;
+};
+
+// ---- WM_KEYDOWN --------------------------------------------------------------------------
+
+TEST_F(KeyboardTest, F6OnTheGalleryGoesToTheTreeAndOn) {
+    EXPECT_FALSE(KeyDown(VK_F6, gallery));
+    EXPECT_EQ(tree, ::GetFocus());
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+TEST_F(KeyboardTest, F6OnTheTreeGoesToTheGalleryAtItsFirstCell) {
+    browser->cellsVisible = false;
+    EXPECT_FALSE(KeyDown(VK_F6, tree));
+    EXPECT_EQ(gallery, ::GetFocus());
+    EXPECT_EQ((std::vector<std::string>{"SetGallerySelection(0)", "EnsureGalleryCellVisible(0)",
+                                        "SetGalleryTopRow(0,repaint)"}),
+              browser->calls);
+}
+
+TEST_F(KeyboardTest, F6ElsewhereGoesToTheTree) {
+    EXPECT_FALSE(KeyDown(VK_F6, ControlWindow()));
+    EXPECT_EQ(tree, ::GetFocus());
+}
+
+TEST_F(KeyboardTest, TabOnTheTreeIsF6AndHandled) {
+    EXPECT_TRUE(KeyDown(VK_TAB, tree));
+    EXPECT_EQ(gallery, ::GetFocus());
+    EXPECT_EQ((std::vector<std::string>{"SetGallerySelection(0)", "SetGalleryTopRow(0,repaint)"}),
+              browser->calls);
+}
+
+TEST_F(KeyboardTest, TabFromTheTreeSelectsItemZeroEvenOfAnEmptyGallery) {
+    browser->gallery = control::GalleryPosition{0, -1, -1, 0, 0};
+    EXPECT_TRUE(KeyDown(VK_TAB, tree));
+    EXPECT_EQ(gallery, ::GetFocus());
+    EXPECT_EQ(1u, browser->Count("SetGallerySelection(0)"));
+}
+
+TEST_F(KeyboardTest, TabOnTheGalleryGoesToTheTree) {
+    EXPECT_TRUE(KeyDown(VK_TAB, gallery));
+    EXPECT_EQ(tree, ::GetFocus());
+}
+
+TEST_F(KeyboardTest, TabElsewhereIsLeftAlone) {
+    EXPECT_FALSE(KeyDown(VK_TAB, ControlWindow()));
+    EXPECT_EQ(ControlWindow(), ::GetFocus());
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+TEST_F(KeyboardTest, RightMovesByTheOddRule) {
+    // 10 cells, selected 2, 3 rows, 4 columns: 3 / 3 = 1 < 4.
+    EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
+    EXPECT_EQ(Moves(3), browser->calls);
+
+    // 8 / 2 = 4 is not less than 4 columns: no move, although 8 < 10.
+    browser->ClearCalls();
+    browser->gallery = control::GalleryPosition{10, 7, 7, 2, 4};
+    EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
+    EXPECT_TRUE(browser->calls.empty());
+
+    // Not beyond the last cell.
+    browser->gallery = control::GalleryPosition{10, 9, 9, 1, 40};
+    EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
+    EXPECT_TRUE(browser->calls.empty());
+
+    // A gallery without rows moves nowhere.
+    browser->gallery = control::GalleryPosition{10, 0, 0, 0, 4};
+    EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+TEST_F(KeyboardTest, MovesEnsureVisibilityOnlyWhenNeeded) {
+    browser->cellsVisible = false;
+    EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
+    EXPECT_EQ((std::vector<std::string>{"SetGalleryCurrentIndex(3)", "SetGallerySelection(3)",
+                                        "EnsureGalleryCellVisible(3)", "OnGalleryCommand"}),
+              browser->calls);
+}
+
+TEST_F(KeyboardTest, LeftStopsAtTheFirstCell) {
+    browser->gallery.selectedIndex = 5;
+    EXPECT_TRUE(KeyDown(VK_LEFT, gallery));
+    EXPECT_EQ(Moves(4), browser->calls);
+    browser->ClearCalls();
+    browser->gallery.selectedIndex = 0;
+    EXPECT_TRUE(KeyDown(VK_LEFT, gallery));
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+TEST_F(KeyboardTest, DownMovesByARowWithoutWrapping) {
+    EXPECT_TRUE(KeyDown(VK_DOWN, gallery));
+    EXPECT_EQ(Moves(6), browser->calls);
+    browser->ClearCalls();
+    browser->gallery.selectedIndex = 7;
+    EXPECT_TRUE(KeyDown(VK_DOWN, gallery));
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+TEST_F(KeyboardTest, UpMovesByARowWithoutWrapping) {
+    browser->gallery.selectedIndex = 5;
+    EXPECT_TRUE(KeyDown(VK_UP, gallery));
+    EXPECT_EQ(Moves(1), browser->calls);
+    browser->ClearCalls();
+    browser->gallery.selectedIndex = 2;
+    EXPECT_TRUE(KeyDown(VK_UP, gallery));
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+TEST_F(KeyboardTest, ArrowsElsewhereAreLeftAlone) {
+    for (WPARAM key : {VK_RIGHT, VK_LEFT, VK_DOWN, VK_UP}) {
+        EXPECT_FALSE(KeyDown(key, tree));
+        EXPECT_FALSE(KeyDown(key, ControlWindow()));
+    }
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+TEST_F(KeyboardTest, F5RefreshesWhereverTheFocusIs) {
+    for (HWND focus : {gallery, tree, ControlWindow()}) {
+        browser->ClearCalls();
+        EXPECT_TRUE(KeyDown(VK_F5, focus));
+        EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), browser->calls);
+    }
+}
+
+TEST_F(KeyboardTest, OtherKeysAreLeftAlone) {
+    EXPECT_FALSE(KeyDown('X', gallery));
+    EXPECT_FALSE(KeyDown(VK_RETURN, tree));
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+// ---- WM_SYSKEYDOWN ---------------------------------------------------------------------------
+
+TEST_F(KeyboardTest, AltAToggleTheAspectRatioBox) {
+    EXPECT_TRUE(Alt('A'));
+    EXPECT_EQ(BST_CHECKED, Check(control::kAspectRatioBox));
+    EXPECT_TRUE(Alt('A'));
+    EXPECT_EQ(BST_UNCHECKED, Check(control::kAspectRatioBox));
+}
+
+TEST_F(KeyboardTest, AltLAndAltSSwitchTheThumbnailSize) {
+    EXPECT_TRUE(Alt('L'));
+    EXPECT_EQ(BST_CHECKED, Check(control::kLargeThumbnailsRadio));
+    EXPECT_EQ(BST_UNCHECKED, Check(control::kSmallThumbnailsRadio));
+    EXPECT_EQ((std::vector<std::string>{"OnLargeThumbnails"}), browser->calls);
+    browser->ClearCalls();
+    EXPECT_TRUE(Alt('S'));
+    EXPECT_EQ(BST_CHECKED, Check(control::kSmallThumbnailsRadio));
+    EXPECT_EQ(BST_UNCHECKED, Check(control::kLargeThumbnailsRadio));
+    EXPECT_EQ((std::vector<std::string>{"OnSmallThumbnails"}), browser->calls);
+}
+
+TEST_F(KeyboardTest, AltRRefreshes) {
+    EXPECT_TRUE(Alt('R'));
+    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), browser->calls);
+}
+
+TEST_F(KeyboardTest, OtherAltKeysAreLeftAlone) {
+    EXPECT_FALSE(Alt('X'));
+    EXPECT_TRUE(browser->calls.empty());
+}
+
+// ---- The double click ---------------------------------------------------------------------------
+
+TEST_F(KeyboardTest, DoubleClickInTheGalleryFiresItemSelThenItemDBClick) {
+    browser->itemInfo = SampleRecord();
+    EXPECT_FALSE(DoubleClickAt(gallery)) << "the click goes on to the gallery";
+    ASSERT_EQ(2u, events.size());
+    EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
+    EXPECT_EQ(0x4000, events[0].argumentType);
+    EXPECT_EQ(static_cast<void*>(&browser->itemInfo), events[0].reference);
+    EXPECT_EQ(0, std::memcmp(&browser->itemInfo, &events[0].record, 532));
+    EXPECT_EQ(control::kDispidItemDBClick, events[1].dispid);
+}
+
+TEST_F(KeyboardTest, DoubleClickInTheGalleryWithoutSelectionFiresNothing) {
+    browser->gallery.currentIndex = -1;
+    EXPECT_FALSE(DoubleClickAt(gallery));
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(KeyboardTest, DoubleClickOnATreeDirectoryFiresNothing) {
+    char directory[MAX_PATH] = {};
+    ::GetTempPathA(MAX_PATH, directory);
+    browser->hasSelectedPath = true;
+    browser->selectedPath = directory;
+    browser->preparedItemNumber = 0;
+    EXPECT_FALSE(DoubleClickAt(tree));
+    EXPECT_EQ(1u, browser->Count("PrepareDoubleClick("));
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(KeyboardTest, DoubleClickOnATreePictureFiresBothEvents) {
+    char file[MAX_PATH] = {};
+    char directory[MAX_PATH] = {};
+    ::GetTempPathA(MAX_PATH, directory);
+    ::GetTempFileNameA(directory, "lum", 0, file);
+    browser->hasSelectedPath = true;
+    browser->selectedPath = file;
+    browser->preparedItemNumber = 1;
+    EXPECT_FALSE(DoubleClickAt(tree));
+    ::DeleteFileA(file);
+    EXPECT_EQ(1u, browser->Count(std::string("PrepareDoubleClick(") + file));
+    ASSERT_EQ(2u, events.size());
+    EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
+    EXPECT_EQ(1, events[0].record.itemNumber);
+    EXPECT_EQ(control::kDispidItemDBClick, events[1].dispid);
+}
+
+TEST_F(KeyboardTest, DoubleClickOnAMissingTreePathPreparesNothing) {
+    browser->hasSelectedPath = true;
+    browser->selectedPath = "Q:\\no\\such\\place.bmp";
+    EXPECT_FALSE(DoubleClickAt(tree));
+    EXPECT_EQ(0u, browser->Count("PrepareDoubleClick"));
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(KeyboardTest, DoubleClickElsewhereStopsAtOnce) {
+    // The control's bottom right corner: neither gallery nor tree.
+    RECT rect = {};
+    ::GetWindowRect(ControlWindow(), &rect);
+    RECT galleryRect = {}, treeRect = {};
+    ::GetWindowRect(gallery, &galleryRect);
+    ::GetWindowRect(tree, &treeRect);
+    const POINT corner = {rect.right - 2, rect.bottom - 2};
+    ASSERT_FALSE(::PtInRect(&galleryRect, corner));
+    ASSERT_FALSE(::PtInRect(&treeRect, corner));
+    EXPECT_FALSE(DoubleClickAt(ControlWindow(), corner));
+    EXPECT_TRUE(events.empty());
+    EXPECT_EQ(0u, browser->Count("GetSelectedPath"));
+}
+
+// ---- The plumbing ------------------------------------------------------------------------------
+
+TEST_F(KeyboardTest, TheFilterLivesWithTheWindow) {
+    EXPECT_TRUE(framework::ole::IsMessageFilterInstalled());
+    ASSERT_EQ(S_OK, As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate());
+    EXPECT_FALSE(framework::ole::IsMessageFilterInstalled());
+}
+
+TEST_F(KeyboardTest, KeysReachTheMapThroughAPlainMessageLoop) {
+    MessageLog log;
+    ASSERT_TRUE(log.SubclassWindow(gallery));
+    ::SetFocus(gallery);
+    ::PostMessageA(gallery, WM_KEYDOWN, VK_F5, 1);
+    ::PostMessageA(gallery, WM_KEYDOWN, 'X', 1);
+    PumpMessages();
+    // F5 was handled before dispatch and never reached the gallery; X went on.
+    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), browser->calls);
+    ASSERT_FALSE(log.messages.empty());
+    EXPECT_EQ(std::vector<UINT>({WM_KEYDOWN, WM_CHAR}), log.messages);
+    log.UnsubclassWindow();
+}
+
+TEST_F(KeyboardTest, AltKeysReachTheMapThroughAPlainMessageLoop) {
+    ::SetFocus(gallery);
+    ::PostMessageA(gallery, WM_SYSKEYDOWN, 'A', 1 | (1 << 29));
+    PumpMessages();
+    EXPECT_EQ(BST_CHECKED, Check(control::kAspectRatioBox));
+}
+
+TEST_F(KeyboardTest, TheDoubleClickReachesTheMapThroughAPlainMessageLoop) {
+    RECT rect = {};
+    ::GetWindowRect(gallery, &rect);
+    const POINT center = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+    ::SetCursorPos(center.x, center.y);
+    POINT cursor = {};
+    ::GetCursorPos(&cursor);
+    if (cursor.x != center.x || cursor.y != center.y) GTEST_SKIP() << "this display cannot place the cursor";
+    ::PostMessageA(gallery, WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(5, 5));
+    PumpMessages();
+    ASSERT_EQ(2u, events.size());
+    EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
+    EXPECT_EQ(control::kDispidItemDBClick, events[1].dispid);
+}
+
+TEST_F(KeyboardTest, TranslateAcceleratorDoesNotOfferAMessageTwice) {
+    auto active = As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject);
+    ::SetFocus(tree);
+    ::PostMessageA(tree, WM_KEYDOWN, VK_F6, 1);
+    MSG msg = {};
+    ASSERT_TRUE(::PeekMessageA(&msg, tree, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE));
+    // The filter saw it and let it go on (F6 continues to default processing).
+    EXPECT_EQ(WM_KEYDOWN, msg.message);
+    EXPECT_EQ(1u, browser->Count("SetGallerySelection(0)"));
+    // A host that also calls TranslateAccelerator does not run it again.
+    EXPECT_EQ(S_FALSE, active->TranslateAccelerator(&msg));
+    EXPECT_EQ(1u, browser->Count("SetGallerySelection(0)"));
+}
+
+TEST_F(KeyboardTest, TranslateAcceleratorRunsTheMapForMessagesTheFilterDidNotSee) {
+    auto active = As<IOleInPlaceActiveObject>(IID_IOleInPlaceActiveObject);
+    MSG msg = {};
+    msg.hwnd = gallery;
+    msg.message = WM_KEYDOWN;
+    msg.wParam = VK_F5;
+    msg.time = 12345;
+    EXPECT_EQ(S_OK, active->TranslateAccelerator(&msg));
+    EXPECT_EQ(1u, browser->Count("RebuildFromDriveCombo"));
+    msg.wParam = 'Q';
+    msg.time = 12346;
+    EXPECT_EQ(S_FALSE, active->TranslateAccelerator(&msg));
+}
+
+}  // namespace
+}  // namespace controltest

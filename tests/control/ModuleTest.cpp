@@ -1,0 +1,119 @@
+// Lumbrel.ocx through its exports, before and without registration: the
+// class factories and the module's unload rule.
+#include <windows.h>
+
+#include <ocidl.h>
+#include <ole2.h>
+
+#include <gtest/gtest.h>
+
+#include "ModuleTestSupport.h"
+#include "OleTestSupport.h"
+#include "control/LumbrelIds.h"
+
+namespace controltest {
+namespace {
+
+class OleEnvironment : public ::testing::Environment {
+public:
+    void SetUp() override { ASSERT_TRUE(SUCCEEDED(::OleInitialize(nullptr))); }
+    void TearDown() override { ::OleUninitialize(); }
+};
+const auto* const g_environment = ::testing::AddGlobalTestEnvironment(new OleEnvironment);
+
+class ModuleTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_NE(nullptr, ocx.module) << OcxPath();
+        ASSERT_NE(nullptr, ocx.canUnloadNow);
+        ASSERT_NE(nullptr, ocx.getClassObject);
+        ASSERT_NE(nullptr, ocx.registerServer);
+        ASSERT_NE(nullptr, ocx.unregisterServer);
+    }
+    ComPtr<IClassFactory> Factory(const CLSID& classId) {
+        ComPtr<IClassFactory> factory;
+        EXPECT_EQ(S_OK, ocx.getClassObject(classId, IID_IClassFactory, factory.PutVoid()));
+        return factory;
+    }
+    OcxModule ocx;
+};
+
+TEST_F(ModuleTest, ExportsTheFourEntryPointsOnly) {
+    const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(ocx.module);
+    const auto* nt =
+        reinterpret_cast<const IMAGE_NT_HEADERS*>(reinterpret_cast<const BYTE*>(ocx.module) + dos->e_lfanew);
+    const auto& directory = nt->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_EXPORT];
+    ASSERT_NE(0u, directory.VirtualAddress);
+    const auto* exports = reinterpret_cast<const IMAGE_EXPORT_DIRECTORY*>(
+        reinterpret_cast<const BYTE*>(ocx.module) + directory.VirtualAddress);
+    EXPECT_EQ(4u, exports->NumberOfNames);
+}
+
+TEST_F(ModuleTest, HasAFactoryForEachOfItsClasses) {
+    ComPtr<IClassFactory> factory;
+    EXPECT_EQ(S_OK, ocx.getClassObject(CLSID_Lumbrel, IID_IClassFactory, factory.PutVoid()));
+    EXPECT_EQ(S_OK,
+              ocx.getClassObject(control::kLumbrelPropPageClassId, IID_IClassFactory, factory.PutVoid()));
+    EXPECT_EQ(S_OK, ocx.getClassObject(CLSID_Lumbrel, IID_IUnknown, factory.PutVoid()));
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+              ocx.getClassObject(DIID__DLumbrel, IID_IClassFactory, factory.PutVoid()));
+    EXPECT_EQ(CLASS_E_CLASSNOTAVAILABLE,
+              ocx.getClassObject(CLSID_NULL, IID_IClassFactory, factory.PutVoid()));
+    EXPECT_EQ(E_POINTER, ocx.getClassObject(CLSID_Lumbrel, IID_IClassFactory, nullptr));
+    EXPECT_EQ(E_NOINTERFACE, ocx.getClassObject(CLSID_Lumbrel, IID_IDispatch, factory.PutVoid()));
+}
+
+TEST_F(ModuleTest, FactoriesMakeTheirObjects) {
+    auto controlFactory = Factory(CLSID_Lumbrel);
+    ComPtr<IOleObject> object;
+    ASSERT_EQ(S_OK, controlFactory->CreateInstance(nullptr, IID_IOleObject, object.PutVoid()));
+    CLSID classId = {};
+    object->GetUserClassID(&classId);
+    EXPECT_TRUE(IsEqualCLSID(CLSID_Lumbrel, classId));
+    ComPtr<IUnknown> aggregated;
+    EXPECT_EQ(CLASS_E_NOAGGREGATION,
+              controlFactory->CreateInstance(object.Get(), IID_IUnknown, aggregated.PutVoid()));
+    EXPECT_EQ(E_NOINTERFACE,
+              controlFactory->CreateInstance(nullptr, IID_IPropertyPage, aggregated.PutVoid()));
+    EXPECT_EQ(E_POINTER, controlFactory->CreateInstance(nullptr, IID_IUnknown, nullptr));
+
+    ComPtr<IPropertyPage> page;
+    ASSERT_EQ(S_OK, Factory(control::kLumbrelPropPageClassId)
+                        ->CreateInstance(nullptr, IID_IPropertyPage, page.PutVoid()));
+    PROPPAGEINFO info = {};
+    ASSERT_EQ(S_OK, page->GetPageInfo(&info));
+    EXPECT_STREQ(L"General", info.pszTitle);
+    ::CoTaskMemFree(info.pszTitle);
+}
+
+TEST_F(ModuleTest, CanUnloadOnlyWithoutObjectsAndLocks) {
+    EXPECT_EQ(S_OK, ocx.canUnloadNow());
+    {
+        auto factory = Factory(CLSID_Lumbrel);
+        EXPECT_EQ(S_FALSE, ocx.canUnloadNow()) << "a factory is held";
+        ASSERT_EQ(S_OK, factory->LockServer(TRUE));
+        factory.Reset();
+        EXPECT_EQ(S_FALSE, ocx.canUnloadNow()) << "a lock is held";
+        Factory(CLSID_Lumbrel)->LockServer(FALSE);
+    }
+    EXPECT_EQ(S_OK, ocx.canUnloadNow());
+    ComPtr<IOleObject> object;
+    ASSERT_EQ(S_OK, Factory(CLSID_Lumbrel)->CreateInstance(nullptr, IID_IOleObject, object.PutVoid()));
+    EXPECT_EQ(S_FALSE, ocx.canUnloadNow()) << "an object is alive";
+    // An embedded, activated object still goes completely at its release.
+    TestSite* site = new TestSite();
+    ASSERT_EQ(S_OK, Embed(object.Get(), site));
+    ComPtr<IConnectionPoint> point;
+    ComPtr<IConnectionPointContainer> container;
+    object->QueryInterface(IID_IConnectionPointContainer, container.PutVoid());
+    container->FindConnectionPoint(DIID__DLumbrelEvents, point.Put());
+    point.Reset();
+    container.Reset();
+    Unembed(object.Get());
+    object.Reset();
+    site->Release();
+    EXPECT_EQ(S_OK, ocx.canUnloadNow());
+}
+
+}  // namespace
+}  // namespace controltest

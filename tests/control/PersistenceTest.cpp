@@ -1,0 +1,114 @@
+// Persistence carries the version of the state and nothing else: the
+// properties are set again by the host after each start.
+#include <cstring>
+#include <map>
+
+#include "ControlTestEnvironment.h"
+
+namespace controltest {
+namespace {
+
+class PersistenceTest : public ControlFixture {};
+
+ComPtr<IStream> NewStream() {
+    ComPtr<IStream> stream;
+    ::CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
+    return stream;
+}
+
+std::vector<unsigned char> Contents(IStream* stream) {
+    HGLOBAL memory = nullptr;
+    ::GetHGlobalFromStream(stream, &memory);
+    STATSTG stat = {};
+    stream->Stat(&stat, STATFLAG_NONAME);
+    std::vector<unsigned char> bytes(static_cast<size_t>(stat.cbSize.QuadPart));
+    const void* data = ::GlobalLock(memory);
+    if (!bytes.empty()) std::memcpy(bytes.data(), data, bytes.size());
+    ::GlobalUnlock(memory);
+    return bytes;
+}
+
+LUMBREL_COM_CLASS_BEGIN
+class MemoryBag : public IPropertyBag {
+public:
+    virtual ~MemoryBag() = default;
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+        if (iid != IID_IUnknown && iid != IID_IPropertyBag) return E_NOINTERFACE;
+        *object = static_cast<IPropertyBag*>(this);
+        return S_OK;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
+    ULONG STDMETHODCALLTYPE Release() override { return 1; }
+    HRESULT STDMETHODCALLTYPE Read(LPCOLESTR name, VARIANT* value, IErrorLog*) override {
+        auto found = values.find(name);
+        if (found == values.end()) return E_INVALIDARG;
+        value->vt = VT_I4;
+        value->lVal = found->second;
+        return S_OK;
+    }
+    HRESULT STDMETHODCALLTYPE Write(LPCOLESTR name, VARIANT* value) override {
+        if (value->vt != VT_I4) return E_INVALIDARG;
+        values[name] = value->lVal;
+        return S_OK;
+    }
+    std::map<std::wstring, LONG> values;
+};
+LUMBREL_COM_CLASS_END
+
+TEST_F(PersistenceTest, TheStreamHoldsTheVersionOnly) {
+    auto persist = As<IPersistStreamInit>(IID_IPersistStreamInit);
+    ASSERT_EQ(S_OK, persist->InitNew());
+    EXPECT_EQ(S_FALSE, persist->IsDirty());
+    control->SetThumbNailState(TRUE);
+    EXPECT_EQ(S_OK, persist->IsDirty());
+
+    ULARGE_INTEGER size = {};
+    ASSERT_EQ(S_OK, persist->GetSizeMax(&size));
+    EXPECT_EQ(4u, size.QuadPart);
+
+    auto stream = NewStream();
+    ASSERT_EQ(S_OK, persist->Save(stream.Get(), TRUE));
+    EXPECT_EQ((std::vector<unsigned char>{0x00, 0x00, 0x01, 0x00}), Contents(stream.Get()))
+        << "major 1 in the high word, minor 0 in the low";
+    EXPECT_EQ(S_FALSE, persist->IsDirty());
+
+    LARGE_INTEGER start = {};
+    stream->Seek(start, STREAM_SEEK_SET, nullptr);
+    EXPECT_EQ(S_OK, persist->Load(stream.Get()));
+    EXPECT_EQ(E_POINTER, persist->Load(static_cast<IStream*>(nullptr)));
+    EXPECT_EQ(E_POINTER, persist->Save(static_cast<IStream*>(nullptr), TRUE));
+}
+
+TEST_F(PersistenceTest, ATruncatedStreamDoesNotLoad) {
+    auto persist = As<IPersistStreamInit>(IID_IPersistStreamInit);
+    auto stream = NewStream();
+    const unsigned char two[] = {0x00, 0x00};
+    stream->Write(two, 2, nullptr);
+    LARGE_INTEGER start = {};
+    stream->Seek(start, STREAM_SEEK_SET, nullptr);
+    EXPECT_TRUE(FAILED(persist->Load(stream.Get())));
+}
+
+TEST_F(PersistenceTest, SavingWithoutClearingKeepsTheStateDirty) {
+    auto persist = As<IPersistStreamInit>(IID_IPersistStreamInit);
+    control->SetThumbNailState(FALSE);
+    auto stream = NewStream();
+    ASSERT_EQ(S_OK, persist->Save(stream.Get(), FALSE));
+    EXPECT_EQ(S_OK, persist->IsDirty());
+}
+
+TEST_F(PersistenceTest, ThePropertyBagHoldsTheVersionOnly) {
+    auto persist = As<IPersistPropertyBag>(IID_IPersistPropertyBag);
+    MemoryBag bag;
+    ASSERT_EQ(S_OK, persist->InitNew());
+    ASSERT_EQ(S_OK, persist->Save(&bag, TRUE, TRUE));
+    ASSERT_EQ(1u, bag.values.size());
+    EXPECT_EQ(0x00010000, bag.values[L"_Version"]);
+    EXPECT_EQ(S_OK, persist->Load(&bag, nullptr));
+    MemoryBag empty;
+    EXPECT_EQ(S_OK, persist->Load(&empty, nullptr)) << "a bag from before there was state";
+    EXPECT_EQ(E_POINTER, persist->Load(static_cast<IPropertyBag*>(nullptr), nullptr));
+}
+
+}  // namespace
+}  // namespace controltest
