@@ -45,7 +45,8 @@ function(lumbrel_add_test name)
   target_link_libraries(${name} PRIVATE ${T_LIBS} GTest::gtest GTest::gtest_main lumbrel_warnings)
   if(LUMBREL_RUNS_TESTS)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
+    # A hung test fails instead of holding up the whole run.
     set_tests_properties(${name} PROPERTIES WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
-      LABELS "${T_LABELS}")
+      LABELS "${T_LABELS}" TIMEOUT 600)
   endif()
 endfunction()
