@@ -35,20 +35,20 @@ AnchorEdges ApplyAnchorMode(AnchorEdges edges, int mode, int delta, int newSize,
     long long nearEdge = edges.nearEdge;
     long long farEdge = edges.farEdge;
     switch (mode) {
-    case kAnchorStretch: farEdge += delta; break;
-    case kAnchorMove:
-        nearEdge += delta;
-        farEdge += delta;
-        break;
-    case kAnchorProportionalMove:
-        nearEdge = ProportionalPosition(newSize, ratio);
-        farEdge = nearEdge + (static_cast<long long>(edges.farEdge) - edges.nearEdge);
-        break;
-    case kAnchorProportionalStretch:
-        nearEdge = ProportionalPosition(newSize, ratio);
-        farEdge += delta;
-        break;
-    default: break;
+        case kAnchorStretch: farEdge += delta; break;
+        case kAnchorMove:
+            nearEdge += delta;
+            farEdge += delta;
+            break;
+        case kAnchorProportionalMove:
+            nearEdge = ProportionalPosition(newSize, ratio);
+            farEdge = nearEdge + (static_cast<long long>(edges.farEdge) - edges.nearEdge);
+            break;
+        case kAnchorProportionalStretch:
+            nearEdge = ProportionalPosition(newSize, ratio);
+            farEdge += delta;
+            break;
+        default: break;
     }
     return AnchorEdges{ClampToInt(nearEdge), ClampToInt(farEdge)};
 }

@@ -7,14 +7,19 @@
 using namespace foundation;
 
 namespace {
-bool Same(AnchorEdges a, AnchorEdges b) { return a.nearEdge == b.nearEdge && a.farEdge == b.farEdge; }
+bool Same(AnchorEdges a, AnchorEdges b) {
+    return a.nearEdge == b.nearEdge && a.farEdge == b.farEdge;
+}
 }  // namespace
 
-TEST(AnchorLayout, StayKeepsBothEdges) { EXPECT_TRUE(Same(ApplyAnchorMode({10, 50}, kAnchorStay, 30, 300, 0), {10, 50})); }
+TEST(AnchorLayout, StayKeepsBothEdges) {
+    EXPECT_TRUE(Same(ApplyAnchorMode({10, 50}, kAnchorStay, 30, 300, 0), {10, 50}));
+}
 
 TEST(AnchorLayout, StretchMovesTheFarEdge) {
     EXPECT_TRUE(Same(ApplyAnchorMode({10, 50}, kAnchorStretch, 30, 300, 0), {10, 80}));
-    EXPECT_TRUE(Same(ApplyAnchorMode({10, 50}, kAnchorStretch, -70, 200, 0), {10, -20})) << "sizes may go negative";
+    EXPECT_TRUE(Same(ApplyAnchorMode({10, 50}, kAnchorStretch, -70, 200, 0), {10, -20}))
+        << "sizes may go negative";
 }
 
 TEST(AnchorLayout, MoveMovesBothEdges) {
@@ -39,7 +44,9 @@ TEST(AnchorLayout, ProportionalStretchMovesTheFarEdgeByTheChange) {
     EXPECT_TRUE(Same(ApplyAnchorMode({100, 140}, kAnchorProportionalStretch, 300, 600, 0.5), {200, 440}));
 }
 
-TEST(AnchorLayout, UnknownModeStays) { EXPECT_TRUE(Same(ApplyAnchorMode({1, 2}, 9, 30, 300, 0), {1, 2})); }
+TEST(AnchorLayout, UnknownModeStays) {
+    EXPECT_TRUE(Same(ApplyAnchorMode({1, 2}, 9, 30, 300, 0), {1, 2}));
+}
 
 TEST(AnchorLayout, RatiosThatWouldDivideByZeroAreGuarded) {
     EXPECT_DOUBLE_EQ(ProportionalRatio(300, 300), 0.0) << "no room beyond the child";
