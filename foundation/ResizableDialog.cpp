@@ -3,8 +3,12 @@
 namespace foundation {
 
 namespace {
-int Width(const RECT& rect) { return rect.right - rect.left; }
-int Height(const RECT& rect) { return rect.bottom - rect.top; }
+int Width(const RECT& rect) {
+    return rect.right - rect.left;
+}
+int Height(const RECT& rect) {
+    return rect.bottom - rect.top;
+}
 }  // namespace
 
 BOOL CResizableDialog::OnInitDialog() {
@@ -43,10 +47,10 @@ void CResizableDialog::AddAnchor(int controlId, int horizontalMode, int vertical
 void CResizableDialog::Recompute(ResizeAnchor& anchor, const RECT& window, HDWP& batch) {
     const int dW = Width(window) - Width(lastRect);
     const int dH = Height(window) - Height(lastRect);
-    const AnchorEdges horizontal = ApplyAnchorMode({anchor.rect.left, anchor.rect.right}, anchor.horizontalMode,
-                                                   dW, Width(window), anchor.ratioX);
-    const AnchorEdges vertical = ApplyAnchorMode({anchor.rect.top, anchor.rect.bottom}, anchor.verticalMode, dH,
-                                                 Height(window), anchor.ratioY);
+    const AnchorEdges horizontal = ApplyAnchorMode({anchor.rect.left, anchor.rect.right},
+                                                   anchor.horizontalMode, dW, Width(window), anchor.ratioX);
+    const AnchorEdges vertical = ApplyAnchorMode({anchor.rect.top, anchor.rect.bottom}, anchor.verticalMode,
+                                                 dH, Height(window), anchor.ratioY);
     const RECT moved = {horizontal.nearEdge, vertical.nearEdge, horizontal.farEdge, vertical.farEdge};
     if (::EqualRect(&moved, &anchor.rect)) return;
     const HWND child = ::GetDlgItem(hwnd_, anchor.controlId);
