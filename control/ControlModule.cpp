@@ -4,6 +4,7 @@
 #include <oleauto.h>
 
 #include <iterator>
+#include <new>
 
 #include "control/LumbrelCtrl.h"
 #include "control/LumbrelIds.h"
@@ -21,7 +22,18 @@ namespace control {
 namespace {
 
 HRESULT CreateControl(REFIID iid, void** object) {
-    return framework::ole::CreateComObject<CLumbrelCtrl>(iid, object);
+    if (object == nullptr) return E_POINTER;
+    *object = nullptr;
+    try {
+        CLumbrelCtrl* created = CLumbrelCtrl::CreateWithBrowser();
+        const HRESULT hr = created->QueryInterface(iid, object);
+        created->Release();
+        return hr;
+    } catch (const std::bad_alloc&) {
+        return E_OUTOFMEMORY;
+    } catch (...) {
+        return E_UNEXPECTED;
+    }
 }
 
 HRESULT CreatePropPage(REFIID iid, void** object) {

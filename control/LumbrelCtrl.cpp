@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "browser/GraphicDlg.h"
 #include "browser/PathExists.h"
 #include "control/resource.h"
 #include "framework/ole/Strings.h"
@@ -52,7 +53,7 @@ bool PointInWindow(HWND window, POINT point) {
 
 }  // namespace
 
-CLumbrelCtrl::CLumbrelCtrl(std::unique_ptr<control::Browser> browser)
+CLumbrelCtrl::CLumbrelCtrl(std::unique_ptr<browser::BrowserSurface> browser)
     : framework::ole::OleControl(kLumbrelClass), browser_(std::move(browser)) {
     SetInitialSize(control::kInitialWidth, control::kInitialHeight);
     if (browser_) browser_->AttachEvents(this);
@@ -62,6 +63,10 @@ CLumbrelCtrl::~CLumbrelCtrl() {
     // The dialog goes before the browser that owns its state.
     if (hwnd_ != nullptr && ::IsWindow(hwnd_)) ::DestroyWindow(hwnd_);
     if (browser_) browser_->AttachEvents(nullptr);
+}
+
+CLumbrelCtrl* CLumbrelCtrl::CreateWithBrowser() {
+    return new CLumbrelCtrl(std::make_unique<browser::CGraphicDlg>(nullptr));
 }
 
 const framework::ole::ControlClass& CLumbrelCtrl::ControlClass() {
@@ -336,7 +341,7 @@ bool CLumbrelCtrl::PreTranslateKeyDown(const MSG& msg) {
         case VK_DOWN:
         case VK_UP: {
             if (!onGallery || !browser_) return false;
-            const control::GalleryPosition gallery = browser_->GetGalleryPosition();
+            const browser::GalleryPosition gallery = browser_->GetGalleryPosition();
             const int i = gallery.selectedIndex;
             int next = -1;
             bool move = false;

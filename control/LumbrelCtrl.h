@@ -4,21 +4,24 @@
 // control takes the keyboard (and the double click) before the dialog does,
 // because the dialog navigation of an embedded dialog does not work.
 //
-// Everything of the browser is reached through control::Browser (Browser.h),
-// which the control owns; without one the members that need the browser do
-// nothing and the window stays empty.
+// Everything of the browser is reached through browser::BrowserSurface
+// (browser/BrowserSurface.h), which the control owns: the module's control
+// owns a browser::CGraphicDlg. Without one the members that need the browser
+// do nothing and the window stays empty.
 #pragma once
 
 #include <memory>
 #include <string>
 
-#include "control/Browser.h"
+#include "browser/BrowserSurface.h"
 #include "control/LumbrelIds.h"
 #include "framework/ole/OleControl.h"
 
-class CLumbrelCtrl : public framework::ole::OleControl, private control::ItemEventSink {
+class CLumbrelCtrl : public framework::ole::OleControl, private browser::ItemEventSink {
 public:
-    explicit CLumbrelCtrl(std::unique_ptr<control::Browser> browser = nullptr);
+    explicit CLumbrelCtrl(std::unique_ptr<browser::BrowserSurface> browser = nullptr);
+    // The control as the module makes it: with the browser dialog.
+    static CLumbrelCtrl* CreateWithBrowser();
     ~CLumbrelCtrl() override;
 
     // The class description: identifiers, misc status, pages, user type name.
@@ -41,7 +44,7 @@ public:
     // The keyboard map and the double click, before dispatch.
     BOOL PreTranslateMessage(MSG* msg) override;
 
-    control::Browser* GetBrowser() const { return browser_.get(); }
+    browser::BrowserSurface* GetBrowser() const { return browser_.get(); }
 
     // The text of a BSTR argument: the ANSI conversion of all of it, up to
     // its first NUL, since everything downstream takes it as a C string.
@@ -56,7 +59,7 @@ protected:
     void OnSize(UINT type, int cx, int cy) override;
 
 private:
-    // control::ItemEventSink
+    // browser::ItemEventSink
     void FireItemSel(browser::GraphicItemInfo& info) override;
     void FireItemDBClick() override;
 
@@ -76,5 +79,5 @@ private:
     // An arrow key's move to cell `index`.
     void MoveGalleryTo(int index);
 
-    std::unique_ptr<control::Browser> browser_;
+    std::unique_ptr<browser::BrowserSurface> browser_;
 };

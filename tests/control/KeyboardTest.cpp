@@ -34,7 +34,7 @@ protected:
         tree = browser->Item(control::kTreeId);
         ASSERT_NE(nullptr, gallery);
         ASSERT_NE(nullptr, tree);
-        browser->gallery = control::GalleryPosition{10, 2, 2, 3, 4};
+        browser->gallery = browser::GalleryPosition{10, 2, 2, 3, 4};
         browser->ClearCalls();
         sink = new EventRecorder(&events, "sink");
         cookie = AdviseEvents(Unknown(), sink);
@@ -111,7 +111,7 @@ TEST_F(KeyboardTest, TabOnTheTreeIsF6AndHandled) {
 }
 
 TEST_F(KeyboardTest, TabFromTheTreeSelectsItemZeroEvenOfAnEmptyGallery) {
-    browser->gallery = control::GalleryPosition{0, -1, -1, 0, 0};
+    browser->gallery = browser::GalleryPosition{0, -1, -1, 0, 0};
     EXPECT_TRUE(KeyDown(VK_TAB, tree));
     EXPECT_EQ(gallery, ::GetFocus());
     EXPECT_EQ(1u, browser->Count("SetGallerySelection(0)"));
@@ -135,17 +135,17 @@ TEST_F(KeyboardTest, RightMovesByTheOddRule) {
 
     // 8 / 2 = 4 is not less than 4 columns: no move, although 8 < 10.
     browser->ClearCalls();
-    browser->gallery = control::GalleryPosition{10, 7, 7, 2, 4};
+    browser->gallery = browser::GalleryPosition{10, 7, 7, 2, 4};
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
     EXPECT_TRUE(browser->calls.empty());
 
     // Not beyond the last cell.
-    browser->gallery = control::GalleryPosition{10, 9, 9, 1, 40};
+    browser->gallery = browser::GalleryPosition{10, 9, 9, 1, 40};
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
     EXPECT_TRUE(browser->calls.empty());
 
     // A gallery without rows moves nowhere.
-    browser->gallery = control::GalleryPosition{10, 0, 0, 0, 4};
+    browser->gallery = browser::GalleryPosition{10, 0, 0, 0, 4};
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
     EXPECT_TRUE(browser->calls.empty());
 }

@@ -1,4 +1,4 @@
-// A control::Browser for tests: it makes a stand-in dialog with the
+// A browser::BrowserSurface for tests: it makes a stand-in dialog with the
 // controls that the control addresses, records every call it receives, and
 // answers with whatever the test sets. The test fires the browser's events
 // through Events(), as the browser will.
@@ -7,15 +7,15 @@
 #include <string>
 #include <vector>
 
-#include "control/Browser.h"
+#include "browser/BrowserSurface.h"
 #include "framework/win32/Dialog.h"
 
-class RecordingBrowser : public control::Browser {
+class RecordingBrowser : public browser::BrowserSurface {
 public:
     RecordingBrowser();
     ~RecordingBrowser() override;
 
-    void AttachEvents(control::ItemEventSink* sink) override { events_ = sink; }
+    void AttachEvents(browser::ItemEventSink* sink) override { events_ = sink; }
     bool CreateBrowserWindow(HWND parent) override;
     HWND BrowserWindow() const override { return dialog_.Handle(); }
 
@@ -34,7 +34,7 @@ public:
     bool GetSelectedPath(std::string* path) override;
     void PrepareDoubleClick(const std::string& path) override;
 
-    control::GalleryPosition GetGalleryPosition() const override { return gallery; }
+    browser::GalleryPosition GetGalleryPosition() const override { return gallery; }
     void SetGalleryCurrentIndex(int index) override;
     void SetGallerySelection(int index) override;
     bool IsGalleryCellVisible(int index) const override;
@@ -42,7 +42,7 @@ public:
     void SetGalleryTopRow(int row, bool repaint) override;
     void OnGalleryCommand() override;
 
-    control::ItemEventSink* Events() const { return events_; }
+    browser::ItemEventSink* Events() const { return events_; }
     HWND Item(int id) const { return ::GetDlgItem(dialog_.Handle(), id); }
     // How many recorded calls begin with `prefix`.
     size_t Count(const std::string& prefix) const;
@@ -51,7 +51,7 @@ public:
     // What the test sets and reads.
     std::vector<std::string> calls;
     browser::GraphicItemInfo itemInfo = {};
-    control::GalleryPosition gallery;
+    browser::GalleryPosition gallery;
     bool cellsVisible = true;
     bool hasSelectedPath = false;
     std::string selectedPath;
@@ -64,6 +64,6 @@ public:
     bool createFails = false;
 
 private:
-    control::ItemEventSink* events_ = nullptr;
+    browser::ItemEventSink* events_ = nullptr;
     framework::win32::Dialog dialog_;
 };

@@ -1,20 +1,20 @@
 // The seam between the control and the browser dialog that fills it.
 //
 // The control surface (CLumbrelCtrl) reaches everything of the browser
-// through `Browser`: the dialog's window, the fields that the host sets, the
-// navigation and refresh operations, the selection record and the gallery
-// facts that the keyboard map moves through. The browser speaks back through
-// `ItemEventSink`, which the control implements: ItemSel and ItemDBClick.
+// through `BrowserSurface`: the dialog's window, the fields that the host
+// sets, the navigation and refresh operations, the selection record and the
+// gallery facts that the keyboard map moves through. The browser speaks back
+// through `ItemEventSink`, which the control implements: ItemSel and
+// ItemDBClick.
 //
 // What the control does itself, without asking the browser: converting the
 // automation arguments, the check boxes and radio buttons of the dialog
-// (addressed by their identifiers, LumbrelIds.h), focus changes between tree
-// and gallery, the gallery's scroll bar reset, the order of the steps of
-// each member and keyboard row, and firing the events.
+// (addressed by their identifiers), focus changes between tree and gallery,
+// the gallery's scroll bar reset, the order of the steps of each member and
+// keyboard row, and firing the events.
 //
-// CGraphicDlg implements this interface (or CLumbrelCtrl does, forwarding to
-// its CGraphicDlg base); until then a control without a browser has an empty
-// window and its browser-bound members do nothing.
+// CGraphicDlg (GraphicDlg.h) is the browser; tests of the control use a
+// recording stand-in.
 #pragma once
 
 #include <windows.h>
@@ -23,13 +23,13 @@
 
 #include "browser/GraphicItemInfo.h"
 
-namespace control {
+namespace browser {
 
 class ItemEventSink {
 public:
     // ItemSel with a VARIANT of type VT_BYREF alone whose reference is
     // `info`: the record itself, valid for the duration of the call.
-    virtual void FireItemSel(browser::GraphicItemInfo& info) = 0;
+    virtual void FireItemSel(GraphicItemInfo& info) = 0;
     virtual void FireItemDBClick() = 0;
 
 protected:
@@ -45,9 +45,9 @@ struct GalleryPosition {
     int columns = 0;
 };
 
-class Browser {
+class BrowserSurface {
 public:
-    virtual ~Browser() = default;
+    virtual ~BrowserSurface() = default;
 
     // Where the browser fires its events; null detaches.
     virtual void AttachEvents(ItemEventSink* sink) = 0;
@@ -78,10 +78,11 @@ public:
     virtual void OnSmallThumbnails() = 0;
 
     // The last record sent (`itemInfo`).
-    virtual browser::GraphicItemInfo& ItemInfo() = 0;
+    virtual GraphicItemInfo& ItemInfo() = 0;
     // The path of the tree's selected node; false when there is none.
     virtual bool GetSelectedPath(std::string* path) = 0;
-    // Fills `itemInfo` for a double click on the tree's node at `path`.
+    // Fills `itemInfo` for a double click on the tree's node at `path`, the
+    // path that GetSelectedPath has just given.
     virtual void PrepareDoubleClick(const std::string& path) = 0;
 
     // The gallery, for the keyboard map.
@@ -95,4 +96,4 @@ public:
     virtual void OnGalleryCommand() = 0;
 };
 
-}  // namespace control
+}  // namespace browser

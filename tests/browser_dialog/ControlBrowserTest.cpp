@@ -1,0 +1,218 @@
+// The browser inside the real control, embedded as a host embeds it: the
+// module's factory gives the control its dialog, the host's members drive
+// it, and the double click — which the control's message filter turns into
+// events — fires ItemSel and ItemDBClick through the real event interface,
+// each record compared in full.
+#include <ole2.h>
+
+#include <cstring>
+
+#include "ArtLayout.h"
+#include "BrowserTestSupport.h"
+#include "OleTestSupport.h"
+#include "browser/GraphicDlg.h"
+#include "control/ControlModule.h"
+#include "control/LumbrelCtrl.h"
+#include "control/LumbrelIds.h"
+#include "framework/ole/ModuleLock.h"
+
+namespace browsertest {
+namespace {
+
+using controltest::EventRecorder;
+using controltest::RecordedEvent;
+using controltest::TestSite;
+
+class ControlBrowserTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        control = CLumbrelCtrl::CreateWithBrowser();
+        site = new TestSite();
+        ASSERT_EQ(S_OK, controltest::Embed(Unknown(), site, OLEIVERB_UIACTIVATE));
+        dialog = dynamic_cast<browser::CGraphicDlg*>(control->GetBrowser());
+        ASSERT_NE(nullptr, dialog);
+        ASSERT_NE(nullptr, dialog->Handle());
+        sink = new EventRecorder(&events, "host");
+        cookie = controltest::AdviseEvents(Unknown(), sink);
+        ASSERT_NE(0u, cookie);
+        dialog->ResetDriveCombo("");
+        dialog->RebuildFromDriveCombo();
+        events.clear();
+    }
+    void TearDown() override {
+        if (control != nullptr) {
+            controltest::UnadviseEvents(Unknown(), cookie);
+            controltest::Unembed(Unknown());
+            control->Release();
+        }
+        if (sink != nullptr) sink->Release();
+        if (site != nullptr) site->Release();
+        EXPECT_EQ(0, framework::ole::ObjectCount());
+    }
+
+    IUnknown* Unknown() const { return static_cast<IOleObject*>(control); }
+    HWND Item(int id) const { return ::GetDlgItem(dialog->Handle(), id); }
+    HTREEITEM Find(HTREEITEM parent, const std::string& text) const {
+        const browser::TreeControl& tree = dialog->tree;
+        for (HTREEITEM item = parent == TVI_ROOT ? tree.GetRootItem() : tree.GetChildItem(parent);
+             item != nullptr; item = tree.GetNextSiblingItem(item))
+            if (tree.GetItemText(item) == text) return item;
+        return nullptr;
+    }
+    BOOL DoubleClickAt(HWND window) {
+        RECT rect = {};
+        ::GetWindowRect(window, &rect);
+        MSG msg = {};
+        msg.hwnd = window;
+        msg.message = WM_LBUTTONDBLCLK;
+        msg.pt = POINT{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
+        return control->PreTranslateMessage(&msg);
+    }
+    std::vector<GraphicItemInfo> Records() const {
+        std::vector<GraphicItemInfo> records;
+        for (const RecordedEvent& event : events)
+            if (event.dispid == control::kDispidItemSel) records.push_back(event.record);
+        return records;
+    }
+    std::vector<DISPID> Kinds() const {
+        std::vector<DISPID> kinds;
+        for (const RecordedEvent& event : events) kinds.push_back(event.dispid);
+        return kinds;
+    }
+
+    ArtLayout& layout = SharedLayout();
+    ScopedPrimaryFolder primary{layout.Primary()};
+    CLumbrelCtrl* control = nullptr;
+    TestSite* site = nullptr;
+    browser::CGraphicDlg* dialog = nullptr;
+    EventRecorder* sink = nullptr;
+    DWORD cookie = 0;
+    std::vector<RecordedEvent> events;
+};
+
+TEST(ControlModuleBrowser, TheModulesControlComesWithTheBrowserDialog) {
+    ScopedPrimaryFolder primary{SharedLayout().Primary()};
+    controltest::ComPtr<IClassFactory> factory;
+    ASSERT_EQ(S_OK, control::GetClassObject(CLSID_Lumbrel, IID_IClassFactory, factory.PutVoid()));
+    controltest::ComPtr<IUnknown> object;
+    ASSERT_EQ(S_OK, factory->CreateInstance(nullptr, IID_IUnknown, object.PutVoid()));
+    TestSite* site = new TestSite();
+    ASSERT_EQ(S_OK, controltest::Embed(object.Get(), site, OLEIVERB_INPLACEACTIVATE));
+    controltest::ComPtr<IOleWindow> window;
+    ASSERT_EQ(S_OK, object->QueryInterface(IID_IOleWindow, window.PutVoid()));
+    HWND control = nullptr;
+    ASSERT_EQ(S_OK, window->GetWindow(&control));
+    // The control's window holds the dialog, and the dialog its tree, which
+    // shows the primary folder.
+    const HWND dialog = ::GetWindow(control, GW_CHILD);
+    ASSERT_NE(nullptr, dialog);
+    const HWND tree = ::GetDlgItem(dialog, IDC_FOLDER_TREE);
+    ASSERT_NE(nullptr, tree);
+    EXPECT_GT(::SendMessageA(tree, TVM_GETCOUNT, 0, 0), 0);
+    EXPECT_NE(nullptr, ::GetDlgItem(dialog, IDC_GALLERY));
+    window.Reset();
+    controltest::Unembed(object.Get());
+    object.Reset();
+    factory.Reset();
+    site->Release();
+    EXPECT_EQ(0, framework::ole::ObjectCount());
+}
+
+TEST_F(ControlBrowserTest, TheDialogFillsTheControlsWindow) {
+    EXPECT_EQ(control->Handle(), ::GetParent(dialog->Handle()));
+    EXPECT_EQ(control->Handle(), dialog->parentWindow);
+    EXPECT_NE(nullptr, Item(control::kGalleryId));
+    EXPECT_TRUE(control->GetThumbNailState()) << "radio 1087 is checked at start";
+}
+
+TEST_F(ControlBrowserTest, ADoubleClickOnAPictureInTheTreeTellsTheHostThreeTimes) {
+    const HTREEITEM types = Find(TVI_ROOT, "Types");
+    ASSERT_NE(nullptr, types);
+    dialog->tree.Expand(types, TVE_EXPAND);
+    dialog->tree.SelectItem(Find(types, "photo.jpg"));
+    events.clear();
+    EXPECT_FALSE(DoubleClickAt(Item(control::kTreeId))) << "the message goes on to the tree";
+    const std::string path = layout.Path("Types\\photo.jpg");
+    EXPECT_EQ(
+        (std::vector<DISPID>{control::kDispidItemSel, control::kDispidItemSel, control::kDispidItemDBClick}),
+        Kinds());
+    EXPECT_TRUE(SameRecords({Record(1, 0, path), Record(1, 1, path, "photo.jpg")}, Records()));
+    ASSERT_EQ(3u, events.size());
+    EXPECT_EQ(VT_BYREF, events[1].argumentType);
+    EXPECT_EQ(static_cast<void*>(&dialog->itemInfo), events[1].reference)
+        << "the double click passes itemInfo itself";
+}
+
+TEST_F(ControlBrowserTest, ADoubleClickOnAFolderInTheTreeTellsNothing) {
+    dialog->tree.SelectItem(Find(TVI_ROOT, "Empty"));
+    events.clear();
+    DoubleClickAt(Item(control::kTreeId));
+    EXPECT_TRUE(events.empty());
+    EXPECT_EQ(0, dialog->itemInfo.valid);
+}
+
+TEST_F(ControlBrowserTest, ADoubleClickOnAContainerInTheTreeTellsNothingByItself) {
+    dialog->tree.SelectItem(Find(TVI_ROOT, "Animals"));
+    events.clear();
+    DoubleClickAt(Item(control::kTreeId));
+    EXPECT_TRUE(events.empty());
+    EXPECT_TRUE(SameRecords({Record(1, 1, layout.Path("Animals.QLT"))}, {dialog->itemInfo}));
+}
+
+TEST_F(ControlBrowserTest, ADoubleClickInTheGallerySendsTheLastRecordAgain) {
+    dialog->tree.SelectItem(Find(TVI_ROOT, "Animals"));
+    dialog->SetGalleryCurrentIndex(1);
+    dialog->SetGallerySelection(1);
+    dialog->OnGalleryCommand();
+    events.clear();
+    DoubleClickAt(Item(control::kGalleryId));
+    EXPECT_EQ((std::vector<DISPID>{control::kDispidItemSel, control::kDispidItemDBClick}), Kinds());
+    EXPECT_TRUE(SameRecords({Record(1, 2, layout.Path("Animals.QLT"))}, Records()));
+}
+
+TEST_F(ControlBrowserTest, SetItemPathNavigatesAndTheHostHearsEveryStep) {
+    const std::string path = layout.Path("lower\\cats");
+    const std::wstring wide(path.begin(), path.end());
+    controltest::ComPtr<IDispatch> dispatch;
+    ASSERT_EQ(S_OK, Unknown()->QueryInterface(IID_IDispatch, dispatch.PutVoid()));
+    VARIANT arguments[2];
+    ::VariantInit(&arguments[0]);
+    ::VariantInit(&arguments[1]);
+    arguments[1].vt = VT_BSTR;
+    arguments[1].bstrVal = ::SysAllocString(wide.c_str());
+    arguments[0].vt = VT_I4;
+    arguments[0].lVal = 2;
+    DISPPARAMS params = {arguments, nullptr, 2, 0};
+    ASSERT_EQ(S_OK, dispatch->Invoke(control::kDispidSetItemPath, IID_NULL, 0, DISPATCH_METHOD, &params,
+                                     nullptr, nullptr, nullptr));
+    ::VariantClear(&arguments[1]);
+    const std::string container = path + ".QLT";
+    EXPECT_TRUE(SameRecords(
+        {NothingSelected(), NothingSelected(), Record(1, 1, container), Record(1, 2, container)}, Records()));
+    EXPECT_EQ(1, dialog->gallery->SelectedIndex());
+}
+
+TEST_F(ControlBrowserTest, RefreshComboPutsTheDriveInAndNavigatesThere) {
+    control->RefreshCombo("C:", TRUE);
+    EXPECT_EQ("C:", dialog->driveCombo.GetCurrentText());
+    EXPECT_FALSE(dialog->driveCombo.populated);
+    ASSERT_FALSE(Records().empty());
+    EXPECT_TRUE(SameRecords({NothingSelected()}, {Records().front()})) << "the tree was rebuilt";
+    events.clear();
+    control->RefreshCombo("D:", FALSE);
+    EXPECT_TRUE(events.empty());
+    EXPECT_EQ("C:", dialog->driveCombo.GetCurrentText());
+}
+
+TEST_F(ControlBrowserTest, TheSizeStateRedrawsTheGalleryInTheOtherSize) {
+    dialog->tree.SelectItem(Find(TVI_ROOT, "Animals"));
+    control->SetThumbNailState(FALSE);
+    EXPECT_EQ(0, dialog->largeThumbnails);
+    EXPECT_EQ(72, dialog->gallery->GetCellSize().cx);
+    control->SetThumbNailState(TRUE);
+    EXPECT_EQ(145, dialog->gallery->GetCellSize().cx);
+    EXPECT_TRUE(control->GetThumbNailState());
+}
+
+}  // namespace
+}  // namespace browsertest

@@ -1,0 +1,391 @@
+// The dialog itself: template 202 as its table gives it, the strings and the
+// image strip, the fields a new dialog starts with, start-up (system image
+// list, gallery over control 212, anchors, radio 1087, the primary folder),
+// the layout after resizes, and teardown.
+#include <cstring>
+
+#include "ArtLayout.h"
+#include "BrowserTestSupport.h"
+#include "browser/ShellAccess.h"
+#include "framework/win32/GdiHandles.h"
+#include "thumbnails/BitmapKernel.h"
+#include "thumbnails/ThumbnailLibrary.h"
+
+namespace browsertest {
+namespace {
+
+// ---- The template ----------------------------------------------------------------
+
+struct TemplateControl {
+    int id;
+    std::string className;  // upper case; atoms as their class names
+    DWORD style;
+    int x, y, cx, cy;
+    std::string text;
+};
+
+struct DialogTemplate {
+    DWORD style = 0;
+    int cx = 0, cy = 0;
+    int pointSize = 0;
+    std::string face;
+    std::vector<TemplateControl> controls;
+};
+
+std::string UpperAscii(const std::wstring& text) {
+    std::string out;
+    for (wchar_t c : text) out.push_back(static_cast<char>(c >= L'a' && c <= L'z' ? c - 32 : c));
+    return out;
+}
+
+// Reads a name or ordinal of a template: 0xFFFF and a number, or a string.
+const WORD* ReadNameOrOrdinal(const WORD* at, std::wstring* text, int* ordinal) {
+    if (*at == 0xFFFF) {
+        *ordinal = at[1];
+        return at + 2;
+    }
+    *ordinal = -1;
+    while (*at != 0) text->push_back(static_cast<wchar_t>(*at++));
+    return at + 1;
+}
+
+DialogTemplate ParseTemplate(HMODULE module, int id) {
+    DialogTemplate result;
+    const HRSRC found = ::FindResourceA(module, MAKEINTRESOURCEA(id), MAKEINTRESOURCEA(5));
+    if (found == nullptr) return result;
+    const auto* bytes = static_cast<const BYTE*>(::LockResource(::LoadResource(module, found)));
+    DLGTEMPLATE header;
+    std::memcpy(&header, bytes, sizeof header);
+    result.style = header.style;
+    result.cx = header.cx;
+    result.cy = header.cy;
+    const WORD* at = reinterpret_cast<const WORD*>(bytes + 18);
+    std::wstring ignored;
+    int ordinal = 0;
+    at = ReadNameOrOrdinal(at, &ignored, &ordinal);  // menu
+    ignored.clear();
+    at = ReadNameOrOrdinal(at, &ignored, &ordinal);  // class
+    ignored.clear();
+    at = ReadNameOrOrdinal(at, &ignored, &ordinal);  // title
+    result.pointSize = *at++;
+    std::wstring face;
+    at = ReadNameOrOrdinal(at, &face, &ordinal);
+    result.face = UpperAscii(face);
+    for (int i = 0; i < header.cdit; ++i) {
+        const auto offset = reinterpret_cast<const BYTE*>(at) - bytes;
+        at = reinterpret_cast<const WORD*>(bytes + ((offset + 3) & ~3));
+        DLGITEMTEMPLATE item;
+        std::memcpy(&item, at, sizeof item);
+        at = reinterpret_cast<const WORD*>(reinterpret_cast<const BYTE*>(at) + 18);
+        TemplateControl control;
+        control.id = static_cast<short>(item.id);
+        control.style = item.style;
+        control.x = item.x;
+        control.y = item.y;
+        control.cx = item.cx;
+        control.cy = item.cy;
+        std::wstring className, text;
+        at = ReadNameOrOrdinal(at, &className, &ordinal);
+        if (ordinal == 0x80) className = L"BUTTON";
+        if (ordinal == 0x82) className = L"STATIC";
+        control.className = UpperAscii(className);
+        at = ReadNameOrOrdinal(at, &text, &ordinal);
+        control.text = UpperAscii(text) == UpperAscii(text) ? std::string(text.begin(), text.end()) : "";
+        const WORD extra = *at++;
+        at = reinterpret_cast<const WORD*>(reinterpret_cast<const BYTE*>(at) + extra);
+        result.controls.push_back(control);
+    }
+    return result;
+}
+
+TEST(BrowserResources, TheTemplateIsExactlyTheTable) {
+    const DialogTemplate dialog = ParseTemplate(::GetModuleHandleA(nullptr), 202);
+    EXPECT_EQ(0x50000040u, dialog.style) << "WS_CHILD, WS_VISIBLE, DS_SETFONT";
+    EXPECT_EQ(364, dialog.cx);
+    EXPECT_EQ(226, dialog.cy);
+    EXPECT_EQ(8, dialog.pointSize);
+    EXPECT_EQ("MS SANS SERIF", dialog.face);
+    const std::vector<TemplateControl> expected = {
+        {1044, "SYSTREEVIEW32", 0x50810807, 10, 29, 131, 161, "Tree1"},
+        {217, "COMBOBOXEX32", 0x50210103, 10, 14, 131, 73, ""},
+        {-1, "STATIC", 0x50020000, 9, 3, 45, 8, "Browse from :"},
+        {212, "STATIC", 0x50000006, 162, 4, 197, 218, ""},
+        {1087, "BUTTON", 0x50020009, 10, 209, 70, 11, "Large Thumbnails "},
+        {1088, "BUTTON", 0x50000009, 86, 209, 70, 11, "Small Thumbnails"},
+        {1092, "BUTTON", 0x50010103, 11, 195, 87, 10, "Preserve Aspect Ratio"},
+        {1093, "BUTTON", 0x40012103, 103, 195, 49, 10, "AutoPlace"},
+    };
+    ASSERT_EQ(expected.size(), dialog.controls.size());
+    for (size_t i = 0; i < expected.size(); ++i) {
+        SCOPED_TRACE(expected[i].id);
+        const TemplateControl& actual = dialog.controls[i];
+        EXPECT_EQ(expected[i].id, actual.id) << "tab order";
+        EXPECT_EQ(expected[i].className, actual.className);
+        EXPECT_EQ(expected[i].style, actual.style);
+        EXPECT_EQ(expected[i].x, actual.x);
+        EXPECT_EQ(expected[i].y, actual.y);
+        EXPECT_EQ(expected[i].cx, actual.cx);
+        EXPECT_EQ(expected[i].cy, actual.cy);
+        EXPECT_EQ(expected[i].text, actual.text);
+    }
+}
+
+TEST(BrowserResources, TheStringsNameTheViewsAndTheRegistryValue) {
+    const std::pair<UINT, const char*> strings[] = {
+        {204, "MyComputer"},
+        {205, "Desktop"},
+        {207, "LocalHar"},
+        {208, "Orrimond"},
+        {209, "SOFTWARE\\Tessaly\\Orrimond\\1.0\\Directories"},
+        {210, "Primary Graphics Folder"},
+    };
+    for (const auto& [id, text] : strings) {
+        char loaded[256] = {};
+        EXPECT_GT(::LoadStringA(::GetModuleHandleA(nullptr), id, loaded, sizeof loaded), 0) << id;
+        EXPECT_STREQ(text, loaded) << id;
+    }
+}
+
+TEST(BrowserResources, TheImageStripHasEightPicturesAndTransparentSlots) {
+    const framework::win32::UniqueBitmap strip(
+        ::LoadBitmapA(::GetModuleHandleA(nullptr), MAKEINTRESOURCEA(134)));
+    ASSERT_TRUE(strip);
+    BITMAP info = {};
+    ASSERT_EQ(static_cast<int>(sizeof info), ::GetObjectA(strip.Get(), sizeof info, &info));
+    EXPECT_EQ(163, info.bmWidth);
+    EXPECT_EQ(18, info.bmHeight);
+    const framework::win32::UniqueDc dc(::CreateCompatibleDC(nullptr));
+    const framework::win32::SelectionGuard selected(dc.Get(), strip.Get());
+    const auto whitePixels = [&](int image) {
+        int white = 0;
+        for (int y = 0; y < 18; ++y)
+            for (int x = 0; x < 18 && image * 18 + x < 163; ++x)
+                if (::GetPixel(dc.Get(), image * 18 + x, y) == RGB(255, 255, 255)) ++white;
+        return white;
+    };
+    EXPECT_EQ(18 * 18, whitePixels(2)) << "the unused slot is all mask";
+    EXPECT_EQ(18 * 18, whitePixels(8)) << "so is the ninth, cut one";
+    for (int image : {0, 1, 3, 4, 5, 6, 7}) EXPECT_LT(whitePixels(image), 18 * 18 - 20) << image;
+}
+
+// ---- A new dialog -------------------------------------------------------------------
+
+TEST(BrowserDialogFields, ANewDialogStartsWithTheDefaults) {
+    browser::CGraphicDlg dialog;
+    EXPECT_EQ(202u, dialog.TemplateId());
+    EXPECT_EQ(1, dialog.treeNotifyEnabled);
+    EXPECT_EQ(1, dialog.largeThumbnails);
+    EXPECT_EQ(0, dialog.doubleClickFlag);
+    EXPECT_EQ(1, dialog.reservedOne);
+    EXPECT_EQ(-1, dialog.lastPosition);
+    EXPECT_EQ(6, dialog.reservedSix);
+    EXPECT_EQ("", dialog.itemPath);
+    EXPECT_EQ("", dialog.primaryFolder);
+    EXPECT_EQ(nullptr, dialog.systemImageList);
+    EXPECT_EQ("", dialog.currentPath);
+    EXPECT_EQ(nullptr, dialog.currentTreeItem);
+    EXPECT_EQ(nullptr, dialog.parentWindow);
+    EXPECT_EQ(0, dialog.folderIconIndex);
+    EXPECT_EQ(nullptr, dialog.gallery);
+    EXPECT_TRUE(SameRecords({NothingSelected()}, {dialog.itemInfo}));
+    EXPECT_EQ(nullptr, dialog.BrowserWindow());
+
+    // The host's fields are kept before the window exists.
+    dialog.SetItemPath("C:\\art\\cats", 3);
+    dialog.SetDoubleClickFlag(TRUE);
+    dialog.SetLargeThumbnails(FALSE);
+    EXPECT_EQ("C:\\art\\cats", dialog.itemPath);
+    EXPECT_EQ(3, dialog.initialPosition);
+    EXPECT_EQ(1, dialog.doubleClickFlag);
+    EXPECT_EQ(0, dialog.largeThumbnails);
+    // And what needs the window does nothing without it.
+    dialog.ResetDriveCombo("C:");
+    dialog.NavigateToPath("C:\\art\\cats", 3);
+    dialog.RedrawThumbnails();
+    dialog.OnGalleryCommand();
+    EXPECT_FALSE(dialog.driveCombo.populated);
+    EXPECT_EQ(-1, dialog.lastPosition);
+}
+
+// ---- Start-up -------------------------------------------------------------------------
+
+class DialogSetupTest : public ::testing::Test {
+protected:
+    ArtLayout& layout = SharedLayout();
+};
+
+TEST_F(DialogSetupTest, WithoutTheRegistryKeyTheTreeIsEmptyAndLargeIsChecked) {
+    ScopedPrimaryFolder primary{std::nullopt};
+    primary.RemoveKey();
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    EXPECT_EQ(nullptr, harness.Tree().GetRootItem());
+    EXPECT_EQ("", harness.Dialog().primaryFolder);
+    EXPECT_EQ(BST_CHECKED, ::SendMessageA(harness.Item(IDC_LARGE_THUMBNAILS), BM_GETCHECK, 0, 0));
+    EXPECT_EQ(BST_UNCHECKED, ::SendMessageA(harness.Item(IDC_SMALL_THUMBNAILS), BM_GETCHECK, 0, 0));
+    EXPECT_NE(nullptr, harness.Dialog().gallery) << "the rest of the start-up has run";
+}
+
+TEST_F(DialogSetupTest, WithTheKeyButNoValueThePrimaryFolderIsTheValuesName) {
+    ScopedPrimaryFolder primary{"placeholder"};
+    primary.Set(std::nullopt);
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    EXPECT_EQ(nullptr, harness.Tree().GetRootItem());
+    EXPECT_EQ("Primary Graphics Folder", harness.Dialog().primaryFolder);
+}
+
+TEST_F(DialogSetupTest, TheStartFillsTheTreeFromThePrimaryFolderAndLeavesTheComboBlank) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    EXPECT_EQ(layout.Primary(), harness.Dialog().primaryFolder);
+    EXPECT_EQ(14u, harness.Texts(TVI_ROOT).size());
+    EXPECT_EQ(0, harness.Combo().GetCount());
+    EXPECT_EQ(harness.host.Handle(), harness.Dialog().parentWindow);
+    EXPECT_EQ(0, harness.Gallery().GetItemCount());
+}
+
+TEST_F(DialogSetupTest, ASizeChosenBeforeTheWindowExistsIsNotHonoured) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+    harness.Dialog().SetLargeThumbnails(FALSE);
+    ASSERT_TRUE(harness.Create());
+    EXPECT_EQ(BST_CHECKED, ::SendMessageA(harness.Item(IDC_LARGE_THUMBNAILS), BM_GETCHECK, 0, 0));
+    EXPECT_EQ(BST_UNCHECKED, ::SendMessageA(harness.Item(IDC_SMALL_THUMBNAILS), BM_GETCHECK, 0, 0));
+}
+
+TEST_F(DialogSetupTest, TheTreeShowsTheSystemsSmallIcons) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    const HIMAGELIST system = browser::SystemSmallImageList("c:\\");
+    ASSERT_NE(nullptr, system);
+    EXPECT_EQ(reinterpret_cast<LRESULT>(system),
+              ::SendMessageA(harness.Tree().Handle(), TVM_GETIMAGELIST, TVSIL_NORMAL, 0));
+    ASSERT_NE(nullptr, harness.Dialog().systemImageList);
+    EXPECT_EQ(system, harness.Dialog().systemImageList->Get());
+    char windows[MAX_PATH] = {};
+    ::GetWindowsDirectoryA(windows, MAX_PATH);
+    EXPECT_EQ(browser::ShellIconIndex(windows, browser::kSystemSmallIconIndex),
+              harness.Dialog().folderIconIndex);
+}
+
+TEST_F(DialogSetupTest, TheGalleryLiesOverItsPlaceholder) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    const HWND gallery = harness.Gallery().Handle();
+    ASSERT_NE(nullptr, gallery);
+    EXPECT_EQ(gallery, harness.Item(IDC_GALLERY));
+    EXPECT_EQ(harness.Dialog().Handle(), ::GetParent(gallery));
+    EXPECT_TRUE(::IsWindowVisible(gallery));
+    const RECT placeholder = harness.ChildRect(harness.Item(IDC_GALLERY_PLACEHOLDER));
+    const RECT rect = harness.ChildRect(gallery);
+    EXPECT_TRUE(::EqualRect(&placeholder, &rect));
+    EXPECT_EQ(3, harness.Gallery().GetOwnerLink().OwnerKind());
+    EXPECT_EQ(145, harness.Gallery().GetCellSize().cx);
+    EXPECT_EQ(179, harness.Gallery().GetCellSize().cy);
+}
+
+TEST_F(DialogSetupTest, TheControlsStandWhereTheTemplatePutsThem) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    const HWND dialog = harness.Dialog().Handle();
+    // The dialog manager converts the position and the size each on its own.
+    const auto inPixels = [dialog](int x, int y, int cx, int cy) {
+        RECT position = {x, y, x, y};
+        RECT size = {0, 0, cx, cy};
+        ::MapDialogRect(dialog, &position);
+        ::MapDialogRect(dialog, &size);
+        return RECT{position.left, position.top, position.left + size.right, position.top + size.bottom};
+    };
+    const struct {
+        int id;
+        RECT units;
+    } places[] = {
+        {IDC_FOLDER_TREE, {10, 29, 131, 161}},     {IDC_GALLERY_PLACEHOLDER, {162, 4, 197, 218}},
+        {IDC_LARGE_THUMBNAILS, {10, 209, 70, 11}}, {IDC_SMALL_THUMBNAILS, {86, 209, 70, 11}},
+        {IDC_PRESERVE_ASPECT, {11, 195, 87, 10}},  {IDC_AUTO_PLACE, {103, 195, 49, 10}},
+    };
+    for (const auto& place : places) {
+        const RECT expected =
+            inPixels(place.units.left, place.units.top, place.units.right, place.units.bottom);
+        const RECT actual = harness.ChildRect(harness.Item(place.id));
+        EXPECT_TRUE(::EqualRect(&expected, &actual))
+            << place.id << ": expected " << expected.left << "," << expected.top << "," << expected.right
+            << "," << expected.bottom << " actual " << actual.left << "," << actual.top << "," << actual.right
+            << "," << actual.bottom;
+    }
+    // The combo's own height is the control's business; its place is not.
+    const RECT combo = harness.ChildRect(harness.Item(IDC_DRIVE_COMBO));
+    const RECT comboUnits = inPixels(10, 14, 131, 73);
+    EXPECT_EQ(comboUnits.left, combo.left);
+    EXPECT_EQ(comboUnits.top, combo.top);
+    EXPECT_EQ(comboUnits.right, combo.right);
+    EXPECT_FALSE(::IsWindowVisible(harness.Item(IDC_AUTO_PLACE))) << "AutoPlace is hidden";
+    char text[64] = {};
+    ::GetWindowTextA(harness.Item(IDC_LARGE_THUMBNAILS), text, sizeof text);
+    EXPECT_STREQ("Large Thumbnails ", text);
+}
+
+TEST_F(DialogSetupTest, ResizingMovesAndStretchesByTheAnchors) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    const int ids[] = {IDC_DRIVE_COMBO,      IDC_FOLDER_TREE,      IDC_PRESERVE_ASPECT,
+                       IDC_LARGE_THUMBNAILS, IDC_SMALL_THUMBNAILS, IDC_GALLERY_PLACEHOLDER,
+                       IDC_GALLERY};
+    std::vector<RECT> before;
+    for (int id : ids) before.push_back(harness.ChildRect(harness.Item(id)));
+    for (const auto& [dx, dy] : {std::pair<int, int>{120, 80}, std::pair<int, int>{-50, -30}}) {
+        SCOPED_TRACE(std::to_string(dx) + " x " + std::to_string(dy));
+        harness.ResizeBy(dx, dy);
+        for (size_t i = 0; i < std::size(ids); ++i) {
+            const RECT now = harness.ChildRect(harness.Item(ids[i]));
+            RECT expected = before[i];
+            switch (ids[i]) {
+                case IDC_DRIVE_COMBO: break;
+                case IDC_FOLDER_TREE: expected.bottom += dy; break;
+                case IDC_PRESERVE_ASPECT:
+                case IDC_LARGE_THUMBNAILS:
+                case IDC_SMALL_THUMBNAILS: ::OffsetRect(&expected, 0, dy); break;
+                default:
+                    expected.right += dx;
+                    expected.bottom += dy;
+                    break;
+            }
+            EXPECT_TRUE(::EqualRect(&expected, &now)) << ids[i];
+            before[i] = now;
+        }
+    }
+    const auto& anchors = harness.Dialog().Anchors();
+    ASSERT_EQ(7u, anchors.size());
+    for (size_t i = 0; i < anchors.size(); ++i) {
+        EXPECT_EQ(ids[i], anchors[i].controlId) << "anchors in their order";
+        EXPECT_TRUE(anchors[i].clipOnErase) << ids[i];
+    }
+}
+
+TEST_F(DialogSetupTest, TeardownEmptiesTheLibraryFirstAndLeavesTheSystemsList) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    const size_t live = imaging::kernel::LiveStorageCount();
+    HIMAGELIST system = nullptr;
+    {
+        DialogHarness harness;
+        ASSERT_TRUE(harness.Create());
+        harness.DropDown();
+        harness.Choose("Orrimond");
+        harness.Select(harness.At({"Animals"}));
+        ASSERT_EQ(5, harness.Gallery().GetItemCount());
+        EXPECT_EQ(live + 5, imaging::kernel::LiveStorageCount());
+        system = harness.Dialog().systemImageList->Get();
+    }
+    EXPECT_EQ(0, thumbnails::CThumbnailLibrary::GetInstance()->GetItemCount());
+    EXPECT_EQ(live, imaging::kernel::LiveStorageCount()) << "every thumbnail's pixels were given back";
+    EXPECT_GT(::ImageList_GetImageCount(system), 0) << "the shell's list is not destroyed";
+}
+
+}  // namespace
+}  // namespace browsertest

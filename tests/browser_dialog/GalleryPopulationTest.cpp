@@ -1,0 +1,243 @@
+// Filling the gallery: a container's ready-made thumbnails, one cell per
+// readable rendition, and a single picture sized by the cell's rule; both
+// routes empty the thumbnail library and the gallery first.
+#include <cstring>
+
+#include "ArtLayout.h"
+#include "BrowserTestSupport.h"
+#include "browser/PreviewRender.h"
+#include "framework/win32/MemoryHandles.h"
+#include "gallery/ThumbnailGalleryItem.h"
+#include "thumbnails/BitmapKernel.h"
+#include "thumbnails/ThumbnailLibrary.h"
+
+namespace browsertest {
+namespace {
+
+// The colour of a pixel as 0x00BBGGRR, whatever the bitmap's order.
+uint32_t PixelAt(const imaging::BitmapDescriptor& bitmap, int x, int y) {
+    const auto* row =
+        static_cast<const uint8_t*>(bitmap.storage) + static_cast<size_t>(y) * bitmap.bytesPerLine;
+    const uint8_t* pixel = row + static_cast<size_t>(x) * (bitmap.bitsPerPixel / 8);
+    const uint8_t first = pixel[0], second = pixel[1], third = pixel[2];
+    const bool bgr = bitmap.colorOrder == imaging::kColorOrderBgr;
+    const uint8_t red = bgr ? third : first;
+    const uint8_t blue = bgr ? first : third;
+    return static_cast<uint32_t>(red) | static_cast<uint32_t>(second) << 8 |
+           static_cast<uint32_t>(blue) << 16;
+}
+
+SIZE CellSizeOf(DialogHarness& harness, int index) {
+    const auto* item = dynamic_cast<const gallery::CThumbnailGalleryItem*>(harness.Gallery().GetItem(index));
+    return item != nullptr ? item->CellSize() : SIZE{-1, -1};
+}
+
+SIZE BitmapSize(const imaging::BitmapDescriptor* bitmap) {
+    return bitmap != nullptr ? SIZE{bitmap->width, bitmap->height} : SIZE{-1, -1};
+}
+
+bool operator==(const SIZE& a, const SIZE& b) {
+    return a.cx == b.cx && a.cy == b.cy;
+}
+
+class GalleryPopulationTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(harness.Create());
+        harness.DropDown();
+        harness.Choose("Orrimond");
+        harness.sink.Clear();
+    }
+
+    void SelectSmall() { harness.ClickRadio(IDC_SMALL_THUMBNAILS); }
+    HTREEITEM TypesItem(const std::string& name) {
+        // The first expansion reads the folder; later ones change nothing.
+        const HTREEITEM types = harness.At({"Types"});
+        harness.Expand(types);
+        return harness.Find(types, name);
+    }
+    thumbnails::CThumbnailLibrary& Library() { return *thumbnails::CThumbnailLibrary::GetInstance(); }
+
+    ArtLayout& layout = SharedLayout();
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+};
+
+TEST_F(GalleryPopulationTest, AContainerFillsOneCellPerItemInOrder) {
+    harness.Select(harness.At({"Animals"}));
+    ASSERT_EQ(5, harness.Gallery().GetItemCount());
+    ASSERT_EQ(5, Library().GetItemCount());
+    const char* const names[] = {"cat.jpg", "dog.jpg", "owl.jpg", "fox.jpg", "elk.jpg"};
+    for (int i = 0; i < 5; ++i) {
+        SCOPED_TRACE(names[i]);
+        const imaging::BitmapDescriptor* bitmap = harness.CellBitmap(i);
+        ASSERT_NE(nullptr, bitmap);
+        EXPECT_TRUE(BitmapSize(bitmap) == (SIZE{120, 90})) << "the large rendition, as it is stored";
+        EXPECT_EQ(kAnimalColours[i], PixelAt(*bitmap, 60, 45));
+        EXPECT_TRUE(CellSizeOf(harness, i) == (SIZE{145, 179}));
+        // The library's item is the cell's, in the same order.
+        const auto* cell = dynamic_cast<const gallery::CThumbnailGalleryItem*>(harness.Gallery().GetItem(i));
+        EXPECT_EQ(Library().GetItem(i), cell->Thumbnail());
+        EXPECT_EQ(layout.Primary() + "\\Animals\\" + names[i], Library().GetItem(i)->filePath.path)
+            << "the container's path up to its first dot, then the item's file name";
+        EXPECT_EQ("", *harness.Gallery().GetItem(i)->GetName());
+        // The item's own path overlays the start of the picture's memory.
+        const std::string path = std::string("C:\\Artwork\\") + names[i];
+        EXPECT_EQ(0, std::memcmp(bitmap->storage, path.c_str(), path.size() + 1));
+    }
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kLargeCell);
+}
+
+TEST_F(GalleryPopulationTest, SmallCellsOfAContainerAreSeventyTwoByNinety) {
+    SelectSmall();
+    harness.Select(harness.At({"Animals"}));
+    ASSERT_EQ(5, harness.Gallery().GetItemCount());
+    for (int i = 0; i < 5; ++i) {
+        EXPECT_TRUE(BitmapSize(harness.CellBitmap(i)) == (SIZE{60, 45})) << "the small rendition";
+        EXPECT_TRUE(CellSizeOf(harness, i) == (SIZE{72, 90}));
+        EXPECT_EQ(kAnimalColours[i], PixelAt(*harness.CellBitmap(i), 30, 30));
+    }
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kSmallContainerCell);
+    EXPECT_EQ(0, harness.Dialog().largeThumbnails);
+}
+
+TEST_F(GalleryPopulationTest, AnUnreadableRenditionIsSkippedAndTheCellsAfterItMoveUp) {
+    harness.Select(harness.At({"Patchy"}));
+    ASSERT_EQ(2, harness.Gallery().GetItemCount());
+    EXPECT_EQ(0x112233u, PixelAt(*harness.CellBitmap(0), 60, 45));
+    EXPECT_EQ(0x445566u, PixelAt(*harness.CellBitmap(1), 60, 45));
+    EXPECT_EQ(layout.Primary() + "\\Patchy\\three.jpg", Library().GetItem(1)->filePath.path);
+}
+
+TEST_F(GalleryPopulationTest, AContainerWithNoReadableRenditionShowsNothingAndStillTellsTheHost) {
+    harness.Select(harness.At({"Blank"}));
+    EXPECT_EQ(0, harness.Gallery().GetItemCount());
+    EXPECT_EQ(0, Library().GetItemCount());
+    EXPECT_EQ(0, harness.Gallery().SelectedIndex()) << "item 0 is selected all the same";
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), Record(1, 1, layout.Path("Blank.QLT"))}, harness.sink.Records()));
+}
+
+TEST_F(GalleryPopulationTest, AContainerThatWillNotOpenToldTheUserAndShowsNothing) {
+    Disk disk;
+    disk.File("P\\Locked.qlt", ContainerFile({PictureEntry("l.jpg", 0x010203)}));
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    const framework::win32::UniqueFile lock(::CreateFileA(disk.Path("P\\Locked.qlt").c_str(), GENERIC_READ, 0,
+                                                          nullptr, OPEN_EXISTING, 0, nullptr));
+    ASSERT_TRUE(lock);
+    ShownMessages messages;
+    fresh.sink.Clear();
+    fresh.Select(fresh.At({"Locked"}));
+    EXPECT_EQ(1u, messages.texts.size()) << "the system's text for a container that will not open";
+    EXPECT_EQ(0, fresh.Gallery().GetItemCount());
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), Record(1, 1, disk.Path("P\\Locked.QLT"))}, fresh.sink.Records()));
+}
+
+TEST_F(GalleryPopulationTest, ALargePictureIsSizedByTheLargeCellsRule) {
+    harness.Select(TypesItem("big.bmp"));
+    ASSERT_EQ(1, harness.Gallery().GetItemCount());
+    // 1000 x 800: 1000 * 179 > 800 * 145, so 135 wide and (800 - 30) * 135 / 1000 high.
+    EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{135, 103}));
+    EXPECT_TRUE(CellSizeOf(harness, 0) == (SIZE{145, 179}));
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kLargeCell);
+    EXPECT_EQ(1, Library().GetItemCount());
+    EXPECT_EQ(layout.Path("Types\\big.bmp"), Library().GetItem(0)->filePath.path);
+    EXPECT_EQ(0x336699u, PixelAt(*harness.CellBitmap(0), 60, 50));
+}
+
+TEST_F(GalleryPopulationTest, ATallPictureKeepsItsHeightRule) {
+    harness.Select(TypesItem("PIC.Jpeg"));
+    // 100 x 200: 100 * 179 <= 200 * 145, so 140 high and 100 * 140 / 200 wide.
+    EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{70, 140}));
+    SelectSmall();
+    // 100 * 108 <= 200 * 77: 78 high and 100 * 78 / 200 wide.
+    EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{39, 78}));
+}
+
+TEST_F(GalleryPopulationTest, SmallCellsOfAPictureAreSeventySevenByOneHundredAndEight) {
+    SelectSmall();
+    harness.Select(TypesItem("photo.jpg"));
+    ASSERT_EQ(1, harness.Gallery().GetItemCount());
+    // 200 x 100: 57 wide and (100 - 20) * 57 / 200 high.
+    EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{57, 22}));
+    EXPECT_TRUE(CellSizeOf(harness, 0) == (SIZE{77, 108}));
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kSmallPictureCell);
+}
+
+TEST_F(GalleryPopulationTest, TheNoPreviewPictureIsSizedLikeAnyOther) {
+    for (const char* name : {"image.png", "scan.tif", "page.eps", "clip.cmp"}) {
+        SCOPED_TRACE(name);
+        harness.Select(TypesItem(name));
+        ASSERT_EQ(1, harness.Gallery().GetItemCount());
+        // 128 x 128 becomes 135 x (128 - 30) * 135 / 128.
+        EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{135, 103}));
+    }
+    SelectSmall();
+    harness.Select(TypesItem("image.png"));
+    // 64 x 64 becomes 57 x (64 - 20) * 57 / 64.
+    EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{57, 39}));
+    EXPECT_TRUE(CellSizeOf(harness, 0) == (SIZE{77, 108}));
+}
+
+TEST_F(GalleryPopulationTest, MetafilesArriveAtOneHundredAndTwentyEightSquare) {
+    for (const char* name : {"plain.wmf", "placeable.wmf"}) {
+        SCOPED_TRACE(name);
+        harness.sink.Clear();
+        harness.Select(TypesItem(name));
+        ASSERT_EQ(1, harness.Gallery().GetItemCount());
+        EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{135, 103}));
+        EXPECT_TRUE(SameRecords({NothingSelected(), Record(1, 0, layout.Path(std::string("Types\\") + name))},
+                                harness.sink.Records()));
+    }
+}
+
+TEST_F(GalleryPopulationTest, EachFillEmptiesTheLibraryAndTheGalleryFirst) {
+    harness.Select(harness.At({"Animals"}));
+    ASSERT_EQ(5, Library().GetItemCount());
+    harness.Select(TypesItem("photo.jpg"));
+    EXPECT_EQ(1, Library().GetItemCount());
+    EXPECT_EQ(1, harness.Gallery().GetItemCount());
+    harness.Select(harness.At({"Patchy"}));
+    EXPECT_EQ(2, Library().GetItemCount());
+    EXPECT_EQ(2, harness.Gallery().GetItemCount());
+}
+
+TEST_F(GalleryPopulationTest, APreviewMessageWithoutARecordClearsTheGalleryAndTellsNothing) {
+    harness.Select(harness.At({"Animals"}));
+    harness.sink.Clear();
+    const LRESULT taken = ::SendMessageA(harness.Dialog().Handle(), browser::kPreviewReadyMessage, 0, 0);
+    EXPECT_EQ(0, taken);
+    EXPECT_EQ(0, harness.Gallery().GetItemCount());
+    EXPECT_EQ(0, Library().GetItemCount());
+    EXPECT_EQ(-1, harness.Gallery().SelectedIndex());
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kLargeCell)
+        << "set directly before the record is looked at";
+    EXPECT_TRUE(harness.sink.events.empty());
+}
+
+TEST_F(GalleryPopulationTest, APreviewRecordsPixelsBelongToTheLibraryOnceTaken) {
+    harness.Select(harness.At({"Empty"}));
+    const size_t before = imaging::kernel::LiveStorageCount();
+    browser::PreviewBitmapRecord record = {};
+    ASSERT_EQ(imaging::kSuccess,
+              imaging::CreateBitmap(&record.bitmap, imaging::kMemoryConventional, 300, 200, 24,
+                                    imaging::kColorOrderBgr, nullptr, imaging::kViewTopLeft, nullptr, 0));
+    const LRESULT taken = ::SendMessageA(harness.Dialog().Handle(), browser::kPreviewReadyMessage, 0,
+                                         reinterpret_cast<LPARAM>(&record));
+    EXPECT_EQ(browser::kPreviewTaken, taken);
+    ASSERT_EQ(1, harness.Gallery().GetItemCount());
+    // 300 x 200: 135 wide and (200 - 30) * 135 / 300 high.
+    EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{135, 76}));
+    EXPECT_EQ(before + 1, imaging::kernel::LiveStorageCount());
+    Library().ClearItems();
+    EXPECT_EQ(before, imaging::kernel::LiveStorageCount()) << "the library gave the pixels back";
+    harness.Gallery().RemoveAllItems();
+}
+
+}  // namespace
+}  // namespace browsertest
