@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "PictureFactory.h"
+#include "support/Mutator.h"
 #include "thumbnails/Imaging.h"
 
 using namespace imaging;
@@ -66,54 +67,6 @@ std::vector<Seed> MakeSeeds() {
     return seeds;
 }
 
-// One to three damages of the kinds files suffer: flipped bits, bytes set to
-// boundary values, cut ends, inserted and removed runs, huge length fields.
-Bytes Mutate(const Bytes& seed, std::mt19937& random) {
-    Bytes b = seed;
-    const int damages = 1 + static_cast<int>(random() % 3);
-    for (int d = 0; d < damages && !b.empty(); ++d) {
-        const size_t at = random() % b.size();
-        switch (random() % 7) {
-            case 0:
-                for (uint32_t i = random() % 4 + 1; i > 0; --i)
-                    b[random() % b.size()] ^= static_cast<uint8_t>(1u << (random() % 8));
-                break;
-            case 1: {
-                static const uint8_t values[] = {0x00, 0xFF, 0x7F, 0x80, 0x01, 0xFE};
-                b[at] = values[random() % 6];
-                break;
-            }
-            case 2: b.resize(at); break;
-            case 3: {
-                Bytes run(1 + random() % 16);
-                for (uint8_t& x : run) x = static_cast<uint8_t>(random());
-                b.insert(b.begin() + static_cast<std::ptrdiff_t>(at), run.begin(), run.end());
-                break;
-            }
-            case 4: {
-                const size_t count = std::min<size_t>(1 + random() % 16, b.size() - at);
-                b.erase(b.begin() + static_cast<std::ptrdiff_t>(at),
-                        b.begin() + static_cast<std::ptrdiff_t>(at + count));
-                break;
-            }
-            case 5: {
-                static const uint32_t words[] = {0x7FFFFFFFu, 0xFFFFFFFFu, 0x00010000u, 0x80000000u, 0x4000u};
-                const uint32_t word = words[random() % 5];
-                if (at + 4 <= b.size()) std::memcpy(b.data() + at, &word, 4);
-                break;
-            }
-            default:
-                // The same damage in big-endian order, for PNG, JPEG and TIFF fields.
-                if (at + 2 <= b.size()) {
-                    b[at] = 0xFF;
-                    b[at + 1] = static_cast<uint8_t>(random());
-                }
-                break;
-        }
-    }
-    return b;
-}
-
 // A crash under Wine stops in its debugger instead of ending the process;
 // with LUMBREL_MUTATION_TRACE set, each variant is named on stderr and kept
 // in last-variant.bin before it is tried, so the one that crashed is at hand.
@@ -157,7 +110,7 @@ TEST(ImagingMutation, DamagedPicturesGiveResultsNotCrashes) {
     const auto start = std::chrono::steady_clock::now();
     for (const Seed& seed : seeds) {
         for (int variant = 0; variant < kVariantsPerSeed; ++variant) {
-            const Bytes bytes = Mutate(seed.bytes, random);
+            const Bytes bytes = mutation::Mutate(seed.bytes, random, mutation::PictureProfile());
             const uint8_t none = 0;
             const uint8_t* data = bytes.empty() ? &none : bytes.data();
             const uint32_t size = static_cast<uint32_t>(bytes.size());

@@ -14,6 +14,7 @@
 
 #include "MetafileBuilder.h"
 #include "TestPictures.h"
+#include "support/Mutator.h"
 #include "support/TempDir.h"
 #include "thumbnails/BitmapHelpers.h"
 #include "thumbnails/Imaging.h"
@@ -31,57 +32,6 @@ struct Seed {
     std::string name;
     Bytes bytes;
 };
-
-// One to three damages of the kinds files suffer: flipped bits, bytes set to
-// boundary values, cut ends, inserted and removed runs, length fields set to
-// boundary values.
-Bytes Mutate(const Bytes& seed, std::mt19937& random) {
-    Bytes b = seed;
-    const int damages = 1 + static_cast<int>(random() % 3);
-    for (int d = 0; d < damages && !b.empty(); ++d) {
-        const size_t at = random() % b.size();
-        switch (random() % 7) {
-            case 0:
-                for (uint32_t i = random() % 4 + 1; i > 0; --i)
-                    b[random() % b.size()] ^= static_cast<uint8_t>(1u << (random() % 8));
-                break;
-            case 1: {
-                static const uint8_t values[] = {0x00, 0xFF, 0x7F, 0x80, 0x01, 0xFE};
-                b[at] = values[random() % 6];
-                break;
-            }
-            case 2: b.resize(at); break;
-            case 3: {
-                Bytes run(1 + random() % 16);
-                for (uint8_t& x : run) x = static_cast<uint8_t>(random());
-                b.insert(b.begin() + static_cast<std::ptrdiff_t>(at), run.begin(), run.end());
-                break;
-            }
-            case 4: {
-                const size_t count = std::min<size_t>(1 + random() % 16, b.size() - at);
-                b.erase(b.begin() + static_cast<std::ptrdiff_t>(at),
-                        b.begin() + static_cast<std::ptrdiff_t>(at + count));
-                break;
-            }
-            case 5: {
-                static const uint32_t words[] = {0x7FFFFFFFu, 0xFFFFFFFFu, 0x00010000u, 0x80000000u,
-                                                 0x4000u,     0,           1,           2};
-                const uint32_t word = words[random() % 8];
-                const size_t aligned = at & ~static_cast<size_t>(1);
-                if (aligned + 4 <= b.size()) std::memcpy(b.data() + aligned, &word, 4);
-                break;
-            }
-            default: {
-                // A small word, as counts and object indices are.
-                const uint16_t word = static_cast<uint16_t>(random() % 64);
-                const size_t aligned = at & ~static_cast<size_t>(1);
-                if (aligned + 2 <= b.size()) std::memcpy(b.data() + aligned, &word, 2);
-                break;
-            }
-        }
-    }
-    return b;
-}
 
 // A 24-bit section to play enhanced metafiles into.
 struct Canvas {
@@ -184,7 +134,7 @@ TEST(ThumbnailMutation, DamagedThmFilesAndMetafilesGiveResultsNotCrashes) {
     int loaded = 0, failed = 0;
     for (const Seed& seed : thmSeeds) {
         for (int variant = 0; variant < kThmVariants; ++variant) {
-            const Bytes bytes = Mutate(seed.bytes, random);
+            const Bytes bytes = mutation::Mutate(seed.bytes, random, mutation::RecordProfile());
             SCOPED_TRACE(seed.name + " variant " + std::to_string(variant));
             testpictures::WriteFile(thmPath, bytes);
             const foundation::CFilePath path(thmPath);
@@ -209,7 +159,7 @@ TEST(ThumbnailMutation, DamagedThmFilesAndMetafilesGiveResultsNotCrashes) {
     Tally tally;
     for (const Seed& seed : metafileSeeds) {
         for (int variant = 0; variant < kMetafileVariants; ++variant) {
-            const Bytes bytes = Mutate(seed.bytes, random);
+            const Bytes bytes = mutation::Mutate(seed.bytes, random, mutation::RecordProfile());
             SCOPED_TRACE(seed.name + " variant " + std::to_string(variant));
             const MetafileCheckResult check =
                 thumbnails::CheckMetafile(bytes.empty() ? nullptr : bytes.data(), bytes.size());
