@@ -212,15 +212,8 @@ void ManifestParser::ItemDirective(const std::string& directive, const std::stri
     } else if (directive == "method") {
         if (hasMethod_) Fail("the item has a method already");
         hasMethod_ = true;
-        if (value == "0" || value == "stored") {
-            item_.method = containers::kMethodStored;
-        } else if (value == "1" || value == "zlib") {
-            item_.method = containers::kMethodZlib;
-        } else if (value == "2" || value == "implode") {
-            item_.method = containers::kMethodImplode;
-        } else {
+        if (!ParseMethod(value, item_.method))
             Fail("the method is 0 (stored), 1 (zlib) or 2 (implode), not '" + value + "'");
-        }
     } else if (directive == "rendition") {
         const size_t blank = value.find_first_of(kBlanks);
         if (blank == std::string::npos) {
@@ -276,6 +269,19 @@ void ManifestParser::FinishItem() {
 }
 
 }  // namespace
+
+bool ParseMethod(const std::string& text, int32_t& method) {
+    if (text == "0" || text == "stored") {
+        method = containers::kMethodStored;
+    } else if (text == "1" || text == "zlib") {
+        method = containers::kMethodZlib;
+    } else if (text == "2" || text == "implode") {
+        method = containers::kMethodImplode;
+    } else {
+        return false;
+    }
+    return true;
+}
 
 bool ParseInteger(const std::string& text, int64_t& value) {
     if (text.empty() || text.find_first_of(kBlanks) != std::string::npos) return false;

@@ -38,6 +38,8 @@ bool ReadWholeFile(const std::string& path, std::vector<uint8_t>& bytes, std::st
 std::string FolderOf(const std::string& path);
 // `name` taken from `folder` unless it is absolute.
 std::string ResolveAgainst(const std::string& folder, const std::string& name);
+// A data chunk's method: 0 or stored, 1 or zlib, 2 or implode.
+bool ParseMethod(const std::string& text, int32_t& method);
 // A whole text as a decimal or 0x-hexadecimal integer, with an optional sign.
 bool ParseInteger(const std::string& text, int64_t& value);
 

@@ -10,6 +10,7 @@
 #include "containers/writer/ChunkCodec.h"
 #include "foundation/UserMessage.h"
 #include "framework/File.h"
+#include "tools/qlt/FolderSource.h"
 #include "tools/qlt/Json.h"
 #include "tools/qlt/Manifest.h"
 #include "tools/qlt/Verify.h"
@@ -25,6 +26,7 @@ const char kGeneralHelp[] =
     "\n"
     "commands:\n"
     "  create OUT.qlt --manifest FILE         make a container from a manifest\n"
+    "  create OUT.qlt --from DIR              make one from the pictures of a folder\n"
     "  info FILE                              the header and the directories\n"
     "  list FILE                              every item: texts, data and renditions\n"
     "  extract FILE ITEM [--rendition KIND] -o OUT\n"
@@ -157,9 +159,34 @@ std::string JoinNumbers(const std::vector<int64_t>& numbers) {
     return text;
 }
 
-int RunCreate(const Invocation& call) {
-    if (!call.Has("--manifest")) return UsageError(call.err, "create", "--manifest FILE is required");
-    containers::ArtContainerWriter writer;
+// Fills the writer from the folder of --from; kExitOk when it holds the items.
+int CollectFolder(const Invocation& call, containers::ArtContainerWriter& writer) {
+    FolderRequest request;
+    request.folder = call.Value("--from");
+    if (call.Has("--method") && !ParseMethod(call.Value("--method"), request.method))
+        return UsageError(
+            call.err, "create",
+            "the method is 0 (stored), 1 (zlib) or 2 (implode), not '" + call.Value("--method") + "'");
+    if (call.Has("--rendition-format") &&
+        !ParseRenditionFormat(call.Value("--rendition-format"), request.format))
+        return UsageError(
+            call.err, "create",
+            "the rendition format is bmp, jpeg or png, not '" + call.Value("--rendition-format") + "'");
+    if (call.Has("--keywords")) request.keywordFile = call.Value("--keywords");
+    const FolderResult result = AddFolderItems(request, writer);
+    for (const std::string& note : result.notes) call.err << "qlt create: " << note << "\n";
+    for (const std::string& message : result.messages) call.err << "qlt create: " << message << "\n";
+    switch (result.status) {
+        case FolderStatus::kOk: return kExitOk;
+        case FolderStatus::kProblems: call.err << "qlt create: nothing written\n"; return kExitProblems;
+        case FolderStatus::kUnreadable:
+        case FolderStatus::kUnsupported: break;
+    }
+    return kExitUsage;
+}
+
+// Fills the writer from the manifest of --manifest; kExitOk when it holds the items.
+int CollectManifest(const Invocation& call, containers::ArtContainerWriter& writer) {
     const ManifestResult manifest = LoadManifest(call.Value("--manifest"), writer);
     for (const std::string& message : manifest.messages) call.err << message << "\n";
     if (manifest.status == ManifestStatus::kUnreadable) return kExitUsage;
@@ -168,6 +195,24 @@ int RunCreate(const Invocation& call) {
                  << " problem(s) in the manifest; nothing written\n";
         return kExitProblems;
     }
+    return kExitOk;
+}
+
+int RunCreate(const Invocation& call) {
+    const bool fromFolder = call.Has("--from");
+    if (fromFolder == call.Has("--manifest"))
+        return UsageError(call.err, "create",
+                          fromFolder ? "--manifest and --from exclude each other"
+                                     : "--manifest FILE or --from DIR is required");
+    if (!fromFolder) {
+        for (const char* option : {"--method", "--rendition-format", "--keywords"})
+            if (call.Has(option))
+                return UsageError(call.err, "create",
+                                  std::string(option) + " goes with --from; a manifest says it per item");
+    }
+    containers::ArtContainerWriter writer;
+    const int collected = fromFolder ? CollectFolder(call, writer) : CollectManifest(call, writer);
+    if (collected != kExitOk) return collected;
     std::vector<uint8_t> bytes;
     std::string error;
     if (!writer.Build(bytes, error)) {
@@ -481,11 +526,17 @@ const std::vector<CommandEntry>& Commands() {
     static const std::vector<CommandEntry> commands = {
         {"create",
          1,
-         {{"--manifest", "-m", true}},
+         {{"--manifest", "-m", true},
+          {"--from", nullptr, true},
+          {"--rendition-format", nullptr, true},
+          {"--method", nullptr, true},
+          {"--keywords", "-k", true}},
          "usage: qlt create OUT.qlt --manifest FILE\n"
+         "       qlt create OUT.qlt --from DIR [--rendition-format bmp|jpeg|png]\n"
+         "                          [--method 0|1|2] [--keywords FILE]\n"
          "\n"
-         "Makes a container from a manifest: one directive per line, items in blocks\n"
-         "that begin with 'item NAME':\n"
+         "With --manifest, makes a container from a manifest: one directive per line,\n"
+         "items in blocks that begin with 'item NAME':\n"
          "\n"
          "  notice TEXT, version N, header-value N, none-offset -1|0,\n"
          "  implode ascii|binary [1024|2048|4096]      before the first item\n"
@@ -499,9 +550,21 @@ const std::vector<CommandEntry>& Commands() {
          "  keyword WORD               one keyword, verbatim (it may hold commas)\n"
          "\n"
          "Relative file names are taken from the manifest's folder; '#' starts a comment\n"
-         "line. The container is written to a temporary file and renamed into place,\n"
-         "so a failure never leaves half a file. Exit status: 0 written, 1 problems in\n"
-         "the manifest, 2 bad usage or a file that can't be read or written.\n",
+         "line.\n"
+         "\n"
+         "With --from (Windows build only), every picture of DIR, by file name, becomes\n"
+         "an item: the file as its data, stored by --method (default 0, stored), and\n"
+         "renditions of all five kinds, the picture fitted into boxes of 16, 32, 48, 64\n"
+         "and 128 pixels, written as --rendition-format (default bmp). Files that are\n"
+         "no picture are passed over with a note; a picture that can't be decoded stops\n"
+         "the command. --keywords FILE gives keywords, one line per picture:\n"
+         "\n"
+         "  NAME: WORD WORD...         NAME: a file in DIR; words separated by blanks or commas\n"
+         "\n"
+         "The container is written to a temporary file and renamed into place, so a\n"
+         "failure never leaves half a file and never replaces OUT. Exit status: 0\n"
+         "written, 1 problems in the manifest or the pictures, 2 bad usage, a file\n"
+         "that can't be read or written, or --from in a build without it.\n",
          RunCreate},
         {"info",
          1,
