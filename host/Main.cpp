@@ -1,8 +1,10 @@
 // The Lumbrel Test Container: a Windows application that embeds the control
 // the way many hosts do, through atl.dll's AtlAxWin window.
 //
-//   LumbrelTestContainer.exe                 the window, with its menus
-//   LumbrelTestContainer.exe --script FILE   runs FILE, prints JSON lines
+//   LumbrelTestContainer.exe                   the window, with its menus
+//   LumbrelTestContainer.exe --item-path PATH  the window, after SetItemPath(PATH, 1),
+//                                              as a host that restores its last pick
+//   LumbrelTestContainer.exe --script FILE     runs FILE, prints JSON lines
 #include <windows.h>
 
 #include <shellapi.h>
@@ -44,6 +46,7 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int showCommand) {
     int count = 0;
     LPWSTR* arguments = ::CommandLineToArgvW(::GetCommandLineW(), &count);
     std::string script;
+    std::string itemPath;
     bool scriptMode = false;
     for (int i = 1; arguments != nullptr && i < count; ++i) {
         const std::wstring argument = arguments[i];
@@ -51,8 +54,11 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int showCommand) {
             scriptMode = true;
             const std::wstring file = arguments[++i];
             script = framework::ole::WideToAnsi(file.data(), file.size());
+        } else if (argument == L"--item-path" && i + 1 < count) {
+            const std::wstring path = arguments[++i];
+            itemPath = framework::ole::WideToAnsi(path.data(), path.size());
         } else {
-            ErrorLine("usage: LumbrelTestContainer [--script FILE]");
+            ErrorLine("usage: LumbrelTestContainer [--item-path PATH] [--script FILE]");
             ::LocalFree(arguments);
             return 2;
         }
@@ -72,6 +78,10 @@ int WINAPI WinMain(HINSTANCE, HINSTANCE, LPSTR, int showCommand) {
             ErrorLine("Lumbrel Test Container: " + error);
             if (!scriptMode) ::MessageBoxA(nullptr, error.c_str(), "Lumbrel Test Container", MB_ICONERROR);
             return 1;
+        }
+        if (!itemPath.empty()) {
+            const HRESULT hr = window.Client().SetItemPath(itemPath, 1);
+            if (FAILED(hr)) window.Log(host::ControlClient::Describe(L"SetItemPath", hr));
         }
         if (scriptMode) {
             status = host::RunScript(window, script);

@@ -5,16 +5,16 @@
 #include <commctrl.h>
 
 #include <cctype>
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <vector>
 
-#include "control/LumbrelIds.h"
+#include "host/BrowserWindows.h"
 #include "host/ContainerWindow.h"
+#include "host/GalleryProbe.h"
 #include "host/Json.h"
 #include "host/Screenshot.h"
+#include "host/UserInput.h"
 
 namespace host {
 
@@ -65,55 +65,6 @@ bool ParseFlag(const std::string& text, bool* value) {
     if (text == "true" || text == "TRUE") return (*value = true), true;
     if (text == "false" || text == "FALSE") return (*value = false), true;
     return false;
-}
-
-// Gives every waiting message to the hook and the window procedures, as a
-// host's loop would. Keys are not translated: the control's filter sees
-// them before dispatch, and no WM_SYSCHAR may open the container's menus.
-void Pump() {
-    MSG msg;
-    while (::PeekMessageA(&msg, nullptr, 0, 0, PM_REMOVE)) {
-        if (msg.message == WM_QUIT) {
-            ::PostQuitMessage(static_cast<int>(msg.wParam));
-            return;
-        }
-        ::DispatchMessageA(&msg);
-    }
-}
-
-void PumpFor(DWORD milliseconds) {
-    const ULONGLONG end = ::GetTickCount64() + milliseconds;
-    for (;;) {
-        Pump();
-        const ULONGLONG now = ::GetTickCount64();
-        if (now >= end) break;
-        ::MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now), QS_ALLINPUT);
-    }
-}
-
-struct Search {
-    int id;
-    const char* className;
-    HWND found;
-};
-
-BOOL CALLBACK FindDescendant(HWND window, LPARAM parameter) {
-    auto* search = reinterpret_cast<Search*>(parameter);
-    if (search->id != 0 && ::GetDlgCtrlID(window) != search->id) return TRUE;
-    if (search->className != nullptr) {
-        char name[64] = {};
-        ::GetClassNameA(window, name, sizeof name);
-        if (::lstrcmpiA(name, search->className) != 0) return TRUE;
-    }
-    search->found = window;
-    return FALSE;
-}
-
-HWND Descendant(HWND root, int id, const char* className) {
-    if (root == nullptr) return nullptr;
-    Search search = {id, className, nullptr};
-    ::EnumChildWindows(root, &FindDescendant, reinterpret_cast<LPARAM>(&search));
-    return search.found;
 }
 
 UINT KeyCode(const std::string& name) {
@@ -216,7 +167,8 @@ private:
         if (verb == "tree") return Tree(Unquote(rest));
         if (verb == "combo") return Combo(Unquote(rest));
         if (verb == "dblclick-tree") return DoubleClickTree();
-        if (verb == "click" || verb == "dblclick" || verb == "state") return Gallery(verb);
+        if (verb == "click" || verb == "dblclick") return Cell(verb, rest);
+        if (verb == "state") return rest.empty() ? State() : Reject("state takes no argument");
         return Reject("unknown command '" + verb + "'");
     }
 
@@ -255,13 +207,7 @@ private:
         if (code == 0 || (alt && name.size() != 1)) return Reject("no key '" + name + "'");
         const HWND target = KeyTarget();
         if (target == nullptr) return Fail("the control has no window");
-        const UINT scan = ::MapVirtualKeyA(code, MAPVK_VK_TO_VSC);
-        LPARAM down = 1 | static_cast<LPARAM>(scan << 16);
-        if (alt) down |= static_cast<LPARAM>(1) << 29;
-        const LPARAM up = down | (static_cast<LPARAM>(3) << 30);
-        ::PostMessageA(target, alt ? WM_SYSKEYDOWN : WM_KEYDOWN, code, down);
-        ::PostMessageA(target, alt ? WM_SYSKEYUP : WM_KEYUP, code, up);
-        Pump();
+        PressKey(target, code, alt);
         return kOk;
     }
 
@@ -279,92 +225,128 @@ private:
         return kOk;
     }
 
-    HWND Tree() const { return Descendant(window_.ControlWindow(), control::kTreeId, nullptr); }
-
-    int MissingBrowser(const std::string& what) {
-        return Reject(what + " needs the browser dialog, which this build of the control does not have");
-    }
-
-    static std::string ItemText(HWND tree, HTREEITEM item) {
-        char text[MAX_PATH + 1] = {};
-        TVITEMA data = {};
-        data.mask = TVIF_TEXT;
-        data.hItem = item;
-        data.pszText = text;
-        data.cchTextMax = MAX_PATH;
-        ::SendMessageA(tree, TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&data));
-        return text;
+    // The dialog's windows; false with `status` set to a rejection naming
+    // `command` when the control has no browser dialog.
+    bool Browser(const std::string& command, BrowserWindows* windows, int* status) {
+        *windows = FindBrowserWindows(window_.ControlWindow());
+        if (windows->tree != nullptr && windows->combo != nullptr && windows->gallery != nullptr) return true;
+        *status =
+            Reject(command + " needs the browser dialog, which this build of the control does not have");
+        return false;
     }
 
     int Tree(const std::string& path) {
-        const HWND tree = Tree();
-        if (tree == nullptr) return MissingBrowser("tree");
+        BrowserWindows windows;
+        int status = kOk;
+        if (!Browser("tree", &windows, &status)) return status;
         if (path.empty()) return Reject("tree needs a path");
-        // Walks the names of the path from the first root, expanding on the
-        // way, and selects the last node as a click does.
-        HTREEITEM item = reinterpret_cast<HTREEITEM>(::SendMessageA(tree, TVM_GETNEXTITEM, TVGN_ROOT, 0));
-        HTREEITEM found = nullptr;
-        size_t start = 0;
-        while (start <= path.size()) {
-            size_t end = path.find('\\', start);
-            if (end == std::string::npos) end = path.size();
-            const std::string name = path.substr(start, end - start);
-            start = end + 1;
-            if (name.empty()) continue;
-            while (item != nullptr && ::lstrcmpiA(ItemText(tree, item).c_str(), name.c_str()) != 0)
-                item = reinterpret_cast<HTREEITEM>(
-                    ::SendMessageA(tree, TVM_GETNEXTITEM, TVGN_NEXT, reinterpret_cast<LPARAM>(item)));
-            if (item == nullptr) return Fail("tree: no node '" + name + "'");
-            found = item;
-            ::SendMessageA(tree, TVM_EXPAND, TVE_EXPAND, reinterpret_cast<LPARAM>(item));
-            item = reinterpret_cast<HTREEITEM>(
-                ::SendMessageA(tree, TVM_GETNEXTITEM, TVGN_CHILD, reinterpret_cast<LPARAM>(item)));
-        }
-        if (found == nullptr) return Reject("tree needs a path");
-        ::SendMessageA(tree, TVM_SELECTITEM, TVGN_CARET, reinterpret_cast<LPARAM>(found));
+        std::string missing;
+        const HTREEITEM item = ExpandAlongPath(windows.tree, path, &missing);
+        if (item == nullptr) return Fail("tree: no node '" + missing + "'");
+        POINT centre = {};
+        if (!TreeLabelCentre(windows.tree, item, &centre))
+            return Fail("tree: the node '" + path + "' cannot be shown");
+        Click(windows.tree, centre);
+        const auto selected =
+            reinterpret_cast<HTREEITEM>(::SendMessageA(windows.tree, TVM_GETNEXTITEM, TVGN_CARET, 0));
+        if (selected != item)
+            return Fail("tree: the click selected '" + TreeItemPath(windows.tree, selected) + "', not '" +
+                        path + "'");
         return kOk;
     }
 
+    // Opens the list as its button does (the browser builds the full list at
+    // the first drop-down) and clicks the entry in it.
     int Combo(const std::string& text) {
-        HWND combo = Descendant(window_.ControlWindow(), 0, WC_COMBOBOXEXA);
-        if (combo == nullptr) combo = Descendant(window_.ControlWindow(), 0, "ComboBox");
-        if (combo == nullptr) return MissingBrowser("combo");
-        const LRESULT index = ::SendMessageA(combo, CB_FINDSTRINGEXACT, static_cast<WPARAM>(-1),
-                                             reinterpret_cast<LPARAM>(text.c_str()));
-        if (index == CB_ERR) return Fail("combo: no entry '" + text + "'");
-        ::SendMessageA(combo, CB_SETCURSEL, static_cast<WPARAM>(index), 0);
-        ::SendMessageA(::GetParent(combo), WM_COMMAND, MAKEWPARAM(::GetDlgCtrlID(combo), CBN_SELCHANGE),
-                       reinterpret_cast<LPARAM>(combo));
+        BrowserWindows windows;
+        int status = kOk;
+        if (!Browser("combo", &windows, &status)) return status;
+        if (text.empty()) return Reject("combo needs the text of an entry");
+        const auto inner = reinterpret_cast<HWND>(::SendMessageA(windows.combo, CBEM_GETCOMBOCONTROL, 0, 0));
+        if (inner == nullptr) return Fail("combo: the drive list has no combo box inside");
+        ::SetFocus(inner);
+        ::SendMessageA(inner, CB_SHOWDROPDOWN, TRUE, 0);
+        Pump();
+        const int index = FindComboEntry(windows.combo, text);
+        COMBOBOXINFO info = {};
+        info.cbSize = sizeof info;
+        if (index < 0 || !::GetComboBoxInfo(inner, &info) || info.hwndList == nullptr) {
+            ::SendMessageA(inner, CB_SHOWDROPDOWN, FALSE, 0);
+            Pump();
+            return Fail("combo: no entry '" + text + "'");
+        }
+        ::SendMessageA(info.hwndList, LB_SETTOPINDEX, static_cast<WPARAM>(index), 0);
+        RECT rect = {};
+        ::SendMessageA(info.hwndList, LB_GETITEMRECT, static_cast<WPARAM>(index),
+                       reinterpret_cast<LPARAM>(&rect));
+        Click(info.hwndList, POINT{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2});
+        if (::SendMessageA(inner, CB_GETDROPPEDSTATE, 0, 0)) {
+            ::SendMessageA(inner, CB_SHOWDROPDOWN, FALSE, 0);
+            Pump();
+        }
+        if (::SendMessageA(windows.combo, CB_GETCURSEL, 0, 0) != index)
+            return Fail("combo: the click did not choose '" + text + "'");
         return kOk;
     }
 
     int DoubleClickTree() {
-        const HWND tree = Tree();
-        if (tree == nullptr) return MissingBrowser("dblclick-tree");
-        const auto item = reinterpret_cast<HTREEITEM>(::SendMessageA(tree, TVM_GETNEXTITEM, TVGN_CARET, 0));
+        BrowserWindows windows;
+        int status = kOk;
+        if (!Browser("dblclick-tree", &windows, &status)) return status;
+        const auto item =
+            reinterpret_cast<HTREEITEM>(::SendMessageA(windows.tree, TVM_GETNEXTITEM, TVGN_CARET, 0));
         if (item == nullptr) return Fail("dblclick-tree: no node is selected");
-        RECT rect = {};
-        // TVM_GETITEMRECT takes the item in the rectangle's first bytes.
-        std::memcpy(&rect, &item, sizeof item);
-        if (!::SendMessageA(tree, TVM_GETITEMRECT, TRUE, reinterpret_cast<LPARAM>(&rect)))
+        POINT centre = {};
+        if (!TreeLabelCentre(windows.tree, item, &centre))
             return Fail("dblclick-tree: the selected node is not visible");
-        POINT point = {(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
-        const LPARAM at = MAKELPARAM(point.x, point.y);
-        ::ClientToScreen(tree, &point);
-        // The control compares the message's screen point with the tree.
-        ::SetCursorPos(point.x, point.y);
-        ::PostMessageA(tree, WM_LBUTTONDOWN, MK_LBUTTON, at);
-        ::PostMessageA(tree, WM_LBUTTONUP, 0, at);
-        ::PostMessageA(tree, WM_LBUTTONDBLCLK, MK_LBUTTON, at);
-        ::PostMessageA(tree, WM_LBUTTONUP, 0, at);
-        Pump();
+        DoubleClick(windows.tree, centre);
         return kOk;
     }
 
-    int Gallery(const std::string& verb) {
-        if (Descendant(window_.ControlWindow(), control::kGalleryId, nullptr) == nullptr)
-            return MissingBrowser(verb);
-        return Reject(verb + " needs the gallery's cell layout, which this container does not know yet");
+    int Cell(const std::string& verb, const std::string& argument) {
+        BrowserWindows windows;
+        int status = kOk;
+        if (!Browser(verb, &windows, &status)) return status;
+        long index = 0;
+        if (!ParseNumber(argument, &index) || index < 0) return Reject(verb + " needs a cell number from 0");
+        GalleryState state;
+        std::string why;
+        if (!ReadGalleryState(windows.gallery, &state, &why)) return Fail(verb + ": " + why);
+        if (index >= state.cells)
+            return Fail(verb + ": the gallery has " + std::to_string(state.cells) + " cells, no cell " +
+                        std::to_string(index));
+        POINT centre = {};
+        if (!CellCentre(windows.gallery, state, static_cast<int>(index), &centre)) {
+            // A cell off the page is scrolled to first, as the user would.
+            const int row = state.columns > 0 ? static_cast<int>(index) / state.columns : 0;
+            ::SendMessageA(windows.gallery, WM_VSCROLL, MAKEWPARAM(SB_THUMBPOSITION, row), 0);
+            Pump();
+            if (!ReadGalleryState(windows.gallery, &state, &why)) return Fail(verb + ": " + why);
+            if (!CellCentre(windows.gallery, state, static_cast<int>(index), &centre))
+                return Fail(verb + ": cell " + std::to_string(index) + " cannot be shown");
+        }
+        if (verb == "click")
+            Click(windows.gallery, centre);
+        else
+            DoubleClick(windows.gallery, centre);
+        return kOk;
+    }
+
+    int State() {
+        BrowserWindows windows;
+        int status = kOk;
+        if (!Browser("state", &windows, &status)) return status;
+        GalleryState state;
+        std::string why;
+        if (!ReadGalleryState(windows.gallery, &state, &why)) return Fail("state: " + why);
+        const auto item =
+            reinterpret_cast<HTREEITEM>(::SendMessageA(windows.tree, TVM_GETNEXTITEM, TVGN_CARET, 0));
+        Out("{\"state\":\"browser\",\"cells\":" + std::to_string(state.cells) + ",\"selectedIndex\":" +
+            std::to_string(state.selectedIndex) + ",\"currentIndex\":" + std::to_string(state.currentIndex) +
+            ",\"cellWidth\":" + std::to_string(state.cellSize.cx) +
+            ",\"cellHeight\":" + std::to_string(state.cellSize.cy) +
+            ",\"treePath\":" + JsonString(TreeItemPath(windows.tree, item)) + "}");
+        return kOk;
     }
 
     ContainerWindow& window_;

@@ -1,139 +1,148 @@
-// make_sample_art DIR: writes generated pictures (24-bit BMP files) into DIR,
-// with 64- and 128-pixel thumbnails of each, and DIR/manifest.txt that the
-// qlt tool turns into a container:
-//   make_sample_art art && qlt create art.qlt --manifest art/manifest.txt
-#include <cmath>
-#include <cstdint>
+// Generated artwork for the demo and for hand testing.
+//
+//   make_sample_art DIR
+//       pictures (24-bit BMP files) of five artworks in DIR, 64- and
+//       128-pixel thumbnails of each, and DIR/manifest.txt for the qlt tool:
+//       make_sample_art art && qlt create art.qlt --manifest art/manifest.txt
+//
+//   make_sample_art --library LIBRARY SOURCES
+//       a sample art library: in LIBRARY nested folders and pictures of every
+//       type the browser shows; in SOURCES, for every container the library
+//       should hold, a folder with its pictures, thumbnails and manifest.txt,
+//       at the container's place relative to LIBRARY (SOURCES/Nature/Stone/
+//       stands for LIBRARY/Nature/Stone.qlt). Prints one line per container:
+//       MANIFEST<TAB>CONTAINER, for a loop of qlt create.
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <vector>
 
+#include "Artwork.h"
+#include "PictureFiles.h"
+
+namespace fs = std::filesystem;
+using namespace sampleart;
+
 namespace {
 
-struct Rgb {
-    uint8_t r, g, b;
-};
+constexpr int kWidth = 400;
+constexpr int kHeight = 300;
 
-using Painter = std::function<Rgb(double x, double y)>;  // x, y in [0, 1)
-
-void Put16(std::vector<uint8_t>& out, uint32_t v) {
-    out.push_back(static_cast<uint8_t>(v));
-    out.push_back(static_cast<uint8_t>(v >> 8));
-}
-void Put32(std::vector<uint8_t>& out, uint32_t v) {
-    Put16(out, v & 0xFFFF);
-    Put16(out, v >> 16);
-}
-
-// A bottom-up 24-bit BMP file of the painter's picture.
-std::vector<uint8_t> Bmp(int width, int height, const Painter& paint) {
-    const uint32_t rowSize = static_cast<uint32_t>((width * 3 + 3) & ~3);
-    const uint32_t pixels = rowSize * static_cast<uint32_t>(height);
-    std::vector<uint8_t> out;
-    out.push_back('B');
-    out.push_back('M');
-    Put32(out, 54 + pixels);
-    Put32(out, 0);
-    Put32(out, 54);
-    Put32(out, 40);
-    Put32(out, static_cast<uint32_t>(width));
-    Put32(out, static_cast<uint32_t>(height));
-    Put16(out, 1);
-    Put16(out, 24);
-    Put32(out, 0);
-    Put32(out, pixels);
-    Put32(out, 2835);
-    Put32(out, 2835);
-    Put32(out, 0);
-    Put32(out, 0);
-    for (int y = height - 1; y >= 0; --y) {
-        for (int x = 0; x < width; ++x) {
-            Rgb c = paint((x + 0.5) / width, (y + 0.5) / height);
-            out.push_back(c.b);
-            out.push_back(c.g);
-            out.push_back(c.r);
-        }
-        for (uint32_t pad = static_cast<uint32_t>(width * 3); pad < rowSize; ++pad) out.push_back(0);
+bool Write(const fs::path& path, const Bytes& bytes) {
+    if (bytes.empty() || !WriteFile(path.string(), bytes)) {
+        std::fprintf(stderr, "make_sample_art: cannot write %s\n", path.string().c_str());
+        return false;
     }
-    return out;
+    return true;
 }
 
-uint8_t Clamp(double v) {
-    return static_cast<uint8_t>(v < 0 ? 0 : v > 255 ? 255 : v);
+// The pictures, thumbnails and manifest of one container from `stems`.
+bool WriteContainerSource(const fs::path& dir, const std::string& title,
+                          const std::vector<std::string>& stems) {
+    fs::create_directories(dir / "thumbs");
+    std::ofstream manifest(dir / "manifest.txt", std::ios::binary);
+    manifest << "# Generated sample artwork: " << title << "\nnotice Lumbrel sample art\n";
+    bool ok = true;
+    for (const std::string& stem : stems) {
+        const Artwork& art = ArtworkNamed(stem);
+        ok = Write(dir / (stem + ".bmp"), BmpFile(Render(art.paint, kWidth, kHeight), kWidth, kHeight)) && ok;
+        ok = Write(dir / "thumbs" / (stem + "-64.bmp"), BmpFile(Render(art.paint, 64, 48), 64, 48)) && ok;
+        ok = Write(dir / "thumbs" / (stem + "-128.bmp"), BmpFile(Render(art.paint, 128, 96), 128, 96)) && ok;
+        manifest << "\nitem " << art.name << "\npath C:\\Art\\" << title << "\\" << stem << ".bmp\ndata "
+                 << stem << ".bmp\nmethod " << art.method << "\nrendition 0x40 thumbs/" << stem
+                 << "-64.bmp\nrendition 0x80 thumbs/" << stem << "-128.bmp\nkeywords " << art.keywords
+                 << "\n";
+    }
+    return ok && static_cast<bool>(manifest);
 }
 
-struct Artwork {
-    const char* name;
-    const char* file;
-    int method;
-    const char* keywords;
-    Painter paint;
-};
+int SimpleSet(const fs::path& dir) {
+    const std::vector<std::string> stems = {"sunset", "checker", "rings", "marble", "night"};
+    if (!WriteContainerSource(dir, "Samples", stems)) return 1;
+    std::printf("%zu pictures and %s\n", stems.size(), (dir / "manifest.txt").string().c_str());
+    return 0;
+}
+
+// A little house and sun, as metafile shapes in a 200 x 150 window.
+std::vector<Shape> HouseShapes() {
+    return {{Shape::kRectangle, 0, 0, 200, 110, 0x9CD2F0},   {Shape::kRectangle, 0, 110, 200, 150, 0x3C9A3C},
+            {Shape::kEllipse, 145, 12, 185, 52, 0xFFD820},   {Shape::kRectangle, 50, 70, 130, 125, 0xC8503C},
+            {Shape::kRectangle, 80, 95, 100, 125, 0x5A3214}, {Shape::kRectangle, 58, 80, 74, 96, 0xF0F0FF}};
+}
+
+std::vector<Shape> TargetShapes() {
+    std::vector<Shape> shapes = {{Shape::kRectangle, 0, 0, 160, 160, 0xFFFFFF}};
+    const uint32_t colours[] = {0xD02030, 0xFFFFFF, 0x2050C0, 0xFFFFFF, 0xF0C020};
+    for (int i = 0; i < 5; ++i)
+        shapes.push_back({Shape::kEllipse, 10 + 14 * i, 10 + 14 * i, 150 - 14 * i, 150 - 14 * i, colours[i]});
+    return shapes;
+}
+
+bool WritePictures(const fs::path& dir) {
+    fs::create_directories(dir);
+    const auto picture = [](const char* stem, int w, int h) {
+        return Render(ArtworkNamed(stem).paint, w, h);
+    };
+    bool ok = true;
+    ok = Write(dir / "sunflower.bmp", BmpFile(picture("sunflower", kWidth, kHeight), kWidth, kHeight)) && ok;
+    ok = Write(dir / "forest.jpg", JpegFile(picture("forest", kWidth, kHeight), kWidth, kHeight, 90)) && ok;
+    ok = Write(dir / "Dawn.JPEG", JpegFile(picture("dawn", 300, 400), 300, 400, 90)) && ok;
+    ok = Write(dir / "house.emf", EmfFile(HouseShapes(), 200, 150)) && ok;
+    ok = Write(dir / "target.wmf", WmfFile(TargetShapes(), 160, 160, true)) && ok;
+    ok = Write(dir / "house.wmf", WmfFile(HouseShapes(), 200, 150, false)) && ok;
+    ok = Write(dir / "dots.png", PngFile(picture("dots", 240, 180), 240, 180)) && ok;
+    ok = Write(dir / "granite.tif", TiffFile(picture("granite", 240, 180), 240, 180)) && ok;
+    // The types that the browser always shows as "no preview".
+    const std::string eps =
+        "%!PS-Adobe-3.0 EPSF-3.0\n%%BoundingBox: 0 0 100 100\n"
+        "newpath 50 50 40 0 360 arc 0.2 0.4 0.8 setrgbcolor fill\nshowpage\n%%EOF\n";
+    ok = Write(dir / "badge.eps", Bytes(eps.begin(), eps.end())) && ok;
+    Bytes cmp = {'C', 'M', 'P', 0};
+    for (int i = 0; i < 252; ++i) cmp.push_back(static_cast<uint8_t>(i * 37));
+    ok = Write(dir / "scan.cmp", cmp) && ok;
+    return ok;
+}
+
+int Library(const fs::path& library, const fs::path& sources) {
+    struct Container {
+        const char* place;  // relative to the library, without ".qlt"
+        std::vector<std::string> stems;
+    };
+    const std::vector<Container> containers = {
+        {"Skies", {"sunset", "night", "dawn", "storm"}},
+        {"Patterns",
+         {"checker", "rings", "stripes", "plaid", "dots", "marble", "granite", "waves", "sunflower"}},
+        {"Nature/Stone", {"marble", "granite"}},
+        {"Nature/Plants", {"forest", "sunflower"}},
+        {"Nature/Water/Sea", {"waves", "deep", "sunset"}},
+    };
+    std::error_code error;
+    fs::create_directories(library / "Nature" / "Water", error);
+    if (error) {
+        std::fprintf(stderr, "make_sample_art: cannot make %s: %s\n", library.string().c_str(),
+                     error.message().c_str());
+        return 2;
+    }
+    bool ok = WritePictures(library / "Pictures");
+    ok = Write(library / "Welcome.jpg",
+               JpegFile(Render(ArtworkNamed("sunset").paint, kWidth, kHeight), kWidth, kHeight, 90)) &&
+         ok;
+    for (const Container& container : containers) {
+        const fs::path source = sources / container.place;
+        ok = WriteContainerSource(source, fs::path(container.place).filename().string(), container.stems) &&
+             ok;
+        std::printf("%s\t%s\n", (source / "manifest.txt").string().c_str(),
+                    (library / (std::string(container.place) + ".qlt")).string().c_str());
+    }
+    return ok ? 0 : 1;
+}
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2) {
-        std::fprintf(stderr, "usage: make_sample_art DIR\n");
-        return 2;
-    }
-    const std::filesystem::path dir = argv[1];
-    std::error_code error;
-    std::filesystem::create_directories(dir / "thumbs", error);
-    if (error) {
-        std::fprintf(stderr, "make_sample_art: cannot make %s: %s\n", dir.string().c_str(),
-                     error.message().c_str());
-        return 2;
-    }
-    const double pi = 3.14159265358979;
-    const std::vector<Artwork> artworks = {
-        {"Sunset over the bay", "sunset.bmp", 1, "sky, sea, evening",
-         [](double, double y) {
-             return Rgb{255, Clamp(200 * (1 - y) + 40), Clamp(120 * y)};
-         }},
-        {"Checker border", "checker.bmp", 2, "border, pattern",
-         [](double x, double y) {
-             bool dark = (static_cast<int>(x * 8) + static_cast<int>(y * 8)) % 2 == 0;
-             return dark ? Rgb{30, 30, 90} : Rgb{240, 230, 200};
-         }},
-        {"Green rings", "rings.bmp", 0, "pattern, green",
-         [pi](double x, double y) {
-             double r = std::hypot(x - 0.5, y - 0.5);
-             return Rgb{20, Clamp(128 + 127 * std::cos(r * 40 * pi / 4)), 60};
-         }},
-        {"Marble texture", "marble.bmp", 1, "texture, stone",
-         [](double x, double y) {
-             double v = 0.5 + 0.5 * std::sin(12 * x + 4 * std::sin(9 * y) + 2 * std::sin(23 * x * y));
-             return Rgb{Clamp(180 + 60 * v), Clamp(170 + 60 * v), Clamp(160 + 70 * v)};
-         }},
-        {"Night sky", "night.bmp", 2, "sky, evening, stars",
-         [](double x, double y) {
-             unsigned h = static_cast<unsigned>(x * 9973) * 31u + static_cast<unsigned>(y * 7919) * 17u;
-             bool star = (h * 2654435761u) % 97u == 0;
-             return star ? Rgb{255, 255, 220} : Rgb{10, 10, Clamp(40 + 60 * y)};
-         }},
-    };
-
-    std::ofstream manifest(dir / "manifest.txt", std::ios::binary);
-    manifest << "# Generated sample artwork\nnotice Lumbrel sample art\n";
-    for (const Artwork& art : artworks) {
-        const std::string stem = std::filesystem::path(art.file).stem().string();
-        auto write = [&](const std::filesystem::path& path, const std::vector<uint8_t>& bytes) {
-            std::ofstream out(path, std::ios::binary);
-            out.write(reinterpret_cast<const char*>(bytes.data()),
-                      static_cast<std::streamsize>(bytes.size()));
-        };
-        write(dir / art.file, Bmp(400, 300, art.paint));
-        write(dir / "thumbs" / (stem + "-64.bmp"), Bmp(64, 48, art.paint));
-        write(dir / "thumbs" / (stem + "-128.bmp"), Bmp(128, 96, art.paint));
-        manifest << "\nitem " << art.name << "\npath C:\\Art\\Samples\\" << art.file << "\ndata " << art.file
-                 << "\nmethod " << art.method << "\nrendition 0x40 thumbs/" << stem
-                 << "-64.bmp\nrendition 0x80 thumbs/" << stem << "-128.bmp\nkeywords " << art.keywords
-                 << "\n";
-    }
-    std::printf("%zu pictures and %s\n", artworks.size(), (dir / "manifest.txt").string().c_str());
-    return 0;
+    if (argc == 2 && argv[1][0] != '-') return SimpleSet(argv[1]);
+    if (argc == 4 && std::string(argv[1]) == "--library") return Library(argv[2], argv[3]);
+    std::fprintf(stderr, "usage: make_sample_art DIR\n       make_sample_art --library LIBRARY SOURCES\n");
+    return 2;
 }
