@@ -1,11 +1,12 @@
 // The seam between the control and the browser dialog that fills it.
 //
-// The control surface (CLumbrelCtrl) reaches everything of the browser
-// through `BrowserSurface`: the dialog's window, the fields that the host
-// sets, the navigation and refresh operations, the selection record and the
-// gallery facts that the keyboard map moves through. The browser speaks back
-// through `ItemEventSink`, which the control implements: ItemSel and
-// ItemDBClick.
+// CLumbrelCtrl derives from CGraphicDlg, so the browser is the control's own
+// second base; the control still reaches every operation of it through these
+// virtuals, which CGraphicDlg implements and a test's subclass of the control
+// may replace: the dialog's window, the fields that the host sets, the
+// navigation and refresh operations, the selection record and the gallery
+// facts that the keyboard map moves through. The browser speaks back through
+// `ItemEventSink`, which the control implements: ItemSel and ItemDBClick.
 //
 // What the control does itself, without asking the browser: converting the
 // automation arguments, the check boxes and radio buttons of the dialog
@@ -13,8 +14,11 @@
 // the gallery's scroll bar reset, the order of the steps of each member and
 // keyboard row, and firing the events.
 //
-// CGraphicDlg (GraphicDlg.h) is the browser; tests of the control use a
-// recording stand-in.
+// No virtual here may share a name and signature with a member of the
+// control: in the derived control it would be overridden by that member.
+// That is why storing the host's path is no virtual of this seam: the
+// control's automation member SetItemPath(path, count) would take it over.
+// The control stores through CGraphicDlg::SetItemPath instead.
 #pragma once
 
 #include <windows.h>
@@ -58,8 +62,7 @@ public:
     virtual HWND BrowserWindow() const = 0;
 
     // Fields set by the host. They are kept whether or not the dialog
-    // exists: OnInitDialog reads itemPath and initialPosition.
-    virtual void SetItemPath(const std::string& path, long initialPosition) = 0;
+    // exists.
     virtual void SetDoubleClickFlag(BOOL flag) = 0;
     virtual void SetLargeThumbnails(BOOL large) = 0;
 

@@ -116,7 +116,8 @@ public:
     void AttachEvents(ItemEventSink* sink) override { events_ = sink; }
     bool CreateBrowserWindow(HWND parent) override;
     HWND BrowserWindow() const override { return hwnd_; }
-    void SetItemPath(const std::string& path, long position) override;
+    // Not virtual: the control's own SetItemPath hides it (BrowserSurface.h).
+    void SetItemPath(const std::string& path, long position);
     void SetDoubleClickFlag(BOOL flag) override { doubleClickFlag = flag != FALSE ? 1 : 0; }
     void SetLargeThumbnails(BOOL large) override { largeThumbnails = large != FALSE ? 1 : 0; }
     void NavigateToPath(const std::string& path, long position) override;

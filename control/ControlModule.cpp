@@ -10,6 +10,7 @@
 #include "control/LumbrelIds.h"
 #include "control/LumbrelPropPage.h"
 #include "control/resource.h"
+#include "foundation/Stdobj.h"
 #include "framework/ole/Barrier.h"
 #include "framework/ole/ClassFactory.h"
 #include "framework/ole/ModuleLock.h"
@@ -25,7 +26,7 @@ HRESULT CreateControl(REFIID iid, void** object) {
     if (object == nullptr) return E_POINTER;
     *object = nullptr;
     try {
-        CLumbrelCtrl* created = CLumbrelCtrl::CreateWithBrowser();
+        CLumbrelCtrl* created = new CLumbrelCtrl();
         const HRESULT hr = created->QueryInterface(iid, object);
         created->Release();
         return hr;
@@ -67,6 +68,10 @@ void StartModule() {
 
 void StopModule() {
     framework::ole::UnregisterControlWindowClass();
+    // The shared brushes, pens, fonts and palette live in this module's
+    // tables: a module that is unloaded while the process goes on must give
+    // them back, or each load and unload would leak them.
+    foundation::ReleaseStdObjects();
 }
 
 HRESULT GetClassObject(REFCLSID classId, REFIID iid, void** object) {

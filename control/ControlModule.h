@@ -10,7 +10,10 @@ namespace control {
 // What the module registers when it is loaded: the common control classes
 // that the browser's dialog uses.
 void StartModule();
-// What it takes back when it is unloaded: its window classes.
+// What it takes back when it is unloaded: its window classes and the shared
+// drawing objects. Run only when the module is unloaded from a process that
+// goes on (FreeLibrary, after DllCanUnloadNow said yes), never at process
+// exit; see Module.cpp.
 void StopModule();
 
 // DllGetClassObject: the factory of the control or of the property page,

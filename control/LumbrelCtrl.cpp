@@ -2,7 +2,6 @@
 
 #include <iterator>
 
-#include "browser/GraphicDlg.h"
 #include "browser/PathExists.h"
 #include "control/resource.h"
 #include "framework/ole/Strings.h"
@@ -53,20 +52,17 @@ bool PointInWindow(HWND window, POINT point) {
 
 }  // namespace
 
-CLumbrelCtrl::CLumbrelCtrl(std::unique_ptr<browser::BrowserSurface> browser)
-    : framework::ole::OleControl(kLumbrelClass), browser_(std::move(browser)) {
+CLumbrelCtrl::CLumbrelCtrl() : ControlWindowSide(kLumbrelClass) {
     SetInitialSize(control::kInitialWidth, control::kInitialHeight);
-    if (browser_) browser_->AttachEvents(this);
+    AttachEvents(this);
 }
 
 CLumbrelCtrl::~CLumbrelCtrl() {
-    // The dialog goes before the browser that owns its state.
-    if (hwnd_ != nullptr && ::IsWindow(hwnd_)) ::DestroyWindow(hwnd_);
-    if (browser_) browser_->AttachEvents(nullptr);
-}
-
-CLumbrelCtrl* CLumbrelCtrl::CreateWithBrowser() {
-    return new CLumbrelCtrl(std::make_unique<browser::CGraphicDlg>(nullptr));
+    // The windows go while both sides are whole: what the dialog and its
+    // children are sent on the way out still finds the browser's state.
+    const HWND window = ControlHandle();
+    if (window != nullptr && ::IsWindow(window)) ::DestroyWindow(window);
+    browser::CGraphicDlg::AttachEvents(nullptr);
 }
 
 const framework::ole::ControlClass& CLumbrelCtrl::ControlClass() {
@@ -124,10 +120,6 @@ HRESULT CLumbrelCtrl::InvokeMember(DispatchCall& call, VARIANT* result) {
 
 // ---- The browser's dialog -------------------------------------------------------------
 
-HWND CLumbrelCtrl::BrowserWindow() const {
-    return browser_ ? browser_->BrowserWindow() : nullptr;
-}
-
 HWND CLumbrelCtrl::DialogItem(int id) const {
     const HWND dialog = BrowserWindow();
     return dialog != nullptr ? ::GetDlgItem(dialog, id) : nullptr;
@@ -161,60 +153,54 @@ void CLumbrelCtrl::SetThumbNailState(BOOL value) {
     if (value == FALSE) {
         SendToItem(control::kSmallThumbnailsRadio, BM_SETCHECK, BST_CHECKED);
         SendToItem(control::kLargeThumbnailsRadio, BM_SETCHECK, BST_UNCHECKED);
-        if (browser_) {
-            browser_->SetLargeThumbnails(FALSE);
-            browser_->RedrawThumbnails();
-        }
+        SetLargeThumbnails(FALSE);
     } else {
         SendToItem(control::kLargeThumbnailsRadio, BM_SETCHECK, static_cast<WPARAM>(value));
         SendToItem(control::kSmallThumbnailsRadio, BM_SETCHECK, BST_UNCHECKED);
-        if (browser_) {
-            browser_->SetLargeThumbnails(TRUE);
-            browser_->RedrawThumbnails();
-        }
+        SetLargeThumbnails(TRUE);
     }
+    RedrawThumbnails();
     SetModifiedFlag(true);
 }
 
 void CLumbrelCtrl::RefreshCombo(const std::string& drive, BOOL insert) {
-    if (insert == FALSE || !browser_) return;
-    browser_->ResetDriveCombo(drive);
+    if (insert == FALSE) return;
+    ResetDriveCombo(drive);
     // Navigation needs the dialog's tree and combo; before they exist there
     // is nothing to navigate.
-    if (BrowserWindow() != nullptr) browser_->NavigateToPath(drive, 0);
+    if (BrowserWindow() != nullptr) NavigateToPath(drive, 0);
 }
 
 void CLumbrelCtrl::SetItemPath(const std::string& path, long imageCount) {
-    if (!browser_) return;
-    browser_->SetItemPath(path, imageCount);
+    CGraphicDlg::SetItemPath(path, imageCount);
     // Before the dialog exists the stored path is all there is to do:
     // OnInitDialog navigates to it.
-    if (BrowserWindow() != nullptr) browser_->NavigateToPath(path, imageCount);
+    if (BrowserWindow() != nullptr) NavigateToPath(path, imageCount);
 }
 
 void CLumbrelCtrl::DoubleClickFlag(BOOL doubleClick) {
-    if (browser_) browser_->SetDoubleClickFlag(doubleClick);
+    SetDoubleClickFlag(doubleClick);
 }
 
 void CLumbrelCtrl::RefreshControl() {
-    if (!browser_) return;
-    browser_->RebuildFromDriveCombo();
-    browser_->ClearGallery();
-    if (const HWND gallery = DialogItem(control::kGalleryId)) {
+    RebuildFromDriveCombo();
+    ClearGallery();
+    if (const HWND galleryWindow = DialogItem(control::kGalleryId)) {
         SCROLLINFO info = {};
         info.cbSize = sizeof info;
         info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
-        ::SetScrollInfo(gallery, SB_VERT, &info, TRUE);
+        ::SetScrollInfo(galleryWindow, SB_VERT, &info, TRUE);
     }
 }
 
 void CLumbrelCtrl::RedrawBitmaps() {
-    if (browser_) browser_->RedrawThumbnails();
+    RedrawThumbnails();
 }
 
 void CLumbrelCtrl::AboutBox() {
     framework::win32::Dialog about(IDD_ABOUTBOX_LUMBREL);
-    about.DoModal(hwnd_ != nullptr ? hwnd_ : ::GetActiveWindow());
+    const HWND window = ControlHandle();
+    about.DoModal(window != nullptr ? window : ::GetActiveWindow());
 }
 
 // ---- Events -----------------------------------------------------------------------------
@@ -232,20 +218,22 @@ void CLumbrelCtrl::FireItemDBClick() {
 
 // ---- Window -------------------------------------------------------------------------------
 
-int CLumbrelCtrl::OnCreate(CREATESTRUCTA* create) {
-    if (OleControl::OnCreate(create) == -1) return -1;
-    if (browser_) browser_->CreateBrowserWindow(hwnd_);
+int CLumbrelCtrl::OnControlCreate(CREATESTRUCTA* create) {
+    if (ControlWindowSide::OnControlCreate(create) == -1) return -1;
+    // A dialog that cannot be made leaves the control's window empty, not
+    // missing.
+    CreateBrowserWindow(ControlHandle());
     return 0;
 }
 
-void CLumbrelCtrl::OnSize(UINT type, int cx, int cy) {
-    OleControl::OnSize(type, cx, cy);
+void CLumbrelCtrl::OnControlSize(UINT type, int cx, int cy) {
+    ControlWindowSide::OnControlSize(type, cx, cy);
     const HWND dialog = BrowserWindow();
     // The size type is compared with the dialog's identifier, which is 0:
     // only SIZE_RESTORED moves the dialog.
     if (dialog == nullptr || type != static_cast<UINT>(::GetDlgCtrlID(dialog))) return;
-    RECT rect = GetWindowRect();
-    ::MapWindowPoints(nullptr, hwnd_, reinterpret_cast<POINT*>(&rect), 2);
+    RECT rect = ControlWindow().GetWindowRect();
+    ::MapWindowPoints(nullptr, ControlHandle(), reinterpret_cast<POINT*>(&rect), 2);
     ::MoveWindow(dialog, rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top, TRUE);
     SetControlSize(cx, cy);
 }
@@ -256,7 +244,7 @@ void CLumbrelCtrl::OnDraw(HDC, const RECT&, const RECT&) {
 
 // ---- The keyboard map ------------------------------------------------------------------------
 
-BOOL CLumbrelCtrl::PreTranslateMessage(MSG* msg) {
+BOOL CLumbrelCtrl::PreTranslateControlMessage(MSG* msg) {
     if (msg == nullptr) return FALSE;
     switch (msg->message) {
         case WM_LBUTTONDBLCLK:
@@ -270,26 +258,25 @@ BOOL CLumbrelCtrl::PreTranslateMessage(MSG* msg) {
             break;
         default: break;
     }
-    return OleControl::PreTranslateMessage(msg);
+    return ControlWindowSide::PreTranslateControlMessage(msg);
 }
 
 bool CLumbrelCtrl::PreTranslateDoubleClick(const MSG& msg) {
-    if (!browser_) return false;
-    const HWND gallery = DialogItem(control::kGalleryId);
-    const HWND tree = DialogItem(control::kTreeId);
-    if (PointInWindow(gallery, msg.pt)) {
-        if (browser_->GetGalleryPosition().currentIndex != -1) {
-            FireItemSel(browser_->ItemInfo());
+    const HWND galleryWindow = DialogItem(control::kGalleryId);
+    const HWND treeWindow = DialogItem(control::kTreeId);
+    if (PointInWindow(galleryWindow, msg.pt)) {
+        if (GetGalleryPosition().currentIndex != -1) {
+            FireItemSel(ItemInfo());
             FireItemDBClick();
         }
         return true;
     }
-    if (PointInWindow(tree, msg.pt)) {
+    if (PointInWindow(treeWindow, msg.pt)) {
         std::string path;
-        if (browser_->GetSelectedPath(&path) && browser::PathExistsOnDisk(path)) {
-            browser_->PrepareDoubleClick(path);
-            if (browser_->ItemInfo().itemNumber > 0) {
-                FireItemSel(browser_->ItemInfo());
+        if (GetSelectedPath(&path) && browser::PathExistsOnDisk(path)) {
+            PrepareDoubleClick(path);
+            if (ItemInfo().itemNumber > 0) {
+                FireItemSel(ItemInfo());
                 FireItemDBClick();
             }
         }
@@ -300,17 +287,16 @@ bool CLumbrelCtrl::PreTranslateDoubleClick(const MSG& msg) {
 
 void CLumbrelCtrl::FocusGalleryFromTree() {
     FocusItem(control::kGalleryId);
-    if (!browser_) return;
-    browser_->SetGallerySelection(0);
-    if (!browser_->IsGalleryCellVisible(0)) browser_->EnsureGalleryCellVisible(0);
-    browser_->SetGalleryTopRow(0, true);
+    SetGallerySelection(0);
+    if (!IsGalleryCellVisible(0)) EnsureGalleryCellVisible(0);
+    SetGalleryTopRow(0, true);
 }
 
 void CLumbrelCtrl::MoveGalleryTo(int index) {
-    browser_->SetGalleryCurrentIndex(index);
-    browser_->SetGallerySelection(index);
-    if (!browser_->IsGalleryCellVisible(index)) browser_->EnsureGalleryCellVisible(index);
-    browser_->OnGalleryCommand();
+    SetGalleryCurrentIndex(index);
+    SetGallerySelection(index);
+    if (!IsGalleryCellVisible(index)) EnsureGalleryCellVisible(index);
+    OnGalleryCommand();
 }
 
 bool CLumbrelCtrl::PreTranslateKeyDown(const MSG& msg) {
@@ -340,24 +326,24 @@ bool CLumbrelCtrl::PreTranslateKeyDown(const MSG& msg) {
         case VK_LEFT:
         case VK_DOWN:
         case VK_UP: {
-            if (!onGallery || !browser_) return false;
-            const browser::GalleryPosition gallery = browser_->GetGalleryPosition();
-            const int i = gallery.selectedIndex;
+            if (!onGallery) return false;
+            const browser::GalleryPosition cells = GetGalleryPosition();
+            const int i = cells.selectedIndex;
             int next = -1;
             bool move = false;
             if (msg.wParam == VK_RIGHT) {
                 next = i + 1;
                 // The row count divides: a gallery without rows moves nowhere.
-                move = next < gallery.itemCount && gallery.totalRows > 0 &&
-                       next / gallery.totalRows < gallery.columns;
+                move =
+                    next < cells.itemCount && cells.totalRows > 0 && next / cells.totalRows < cells.columns;
             } else if (msg.wParam == VK_LEFT) {
                 next = i - 1;
                 move = next >= 0;
             } else if (msg.wParam == VK_DOWN) {
-                next = i + gallery.columns;
-                move = next < gallery.itemCount;
+                next = i + cells.columns;
+                move = next < cells.itemCount;
             } else {
-                next = i - gallery.columns;
+                next = i - cells.columns;
                 move = next >= 0;
             }
             if (move) MoveGalleryTo(next);
@@ -378,13 +364,13 @@ bool CLumbrelCtrl::PreTranslateSysKeyDown(const MSG& msg) {
             return true;
         case 'L':
             SendToItem(control::kLargeThumbnailsRadio, BM_SETCHECK, BST_CHECKED);
-            if (browser_) browser_->OnLargeThumbnails();
+            OnLargeThumbnails();
             SendToItem(control::kSmallThumbnailsRadio, BM_SETCHECK, BST_UNCHECKED);
             return true;
         case 'R': RefreshControl(); return true;
         case 'S':
             SendToItem(control::kSmallThumbnailsRadio, BM_SETCHECK, BST_CHECKED);
-            if (browser_) browser_->OnSmallThumbnails();
+            OnSmallThumbnails();
             SendToItem(control::kLargeThumbnailsRadio, BM_SETCHECK, BST_UNCHECKED);
             return true;
         default: return false;

@@ -4,24 +4,31 @@
 // control takes the keyboard (and the double click) before the dialog does,
 // because the dialog navigation of an embedded dialog does not work.
 //
-// Everything of the browser is reached through browser::BrowserSurface
-// (browser/BrowserSurface.h), which the control owns: the module's control
-// owns a browser::CGraphicDlg. Without one the members that need the browser
-// do nothing and the window stays empty.
+// Its bases, in this order, are the OLE control and the browser dialog
+// CGraphicDlg, so the browser lives and dies with the control: the OLE side
+// is made first, then the dialog side with no parent window (the control
+// gives its own window when WM_CREATE makes the dialog). It holds no field of
+// its own; every state is the dialog's. It reaches the browser through the
+// BrowserSurface virtuals that it inherits (browser/BrowserSurface.h), which
+// a test's subclass may replace, and hears from it as its ItemEventSink.
+//
+// Both bases are framework Windows: the two sides of WindowSides.h keep
+// each window's messages to its own handlers, and the control sees its
+// window through OnControlCreate, OnControlSize and
+// PreTranslateControlMessage.
 #pragma once
 
-#include <memory>
 #include <string>
 
 #include "browser/BrowserSurface.h"
 #include "control/LumbrelIds.h"
-#include "framework/ole/OleControl.h"
+#include "control/WindowSides.h"
 
-class CLumbrelCtrl : public framework::ole::OleControl, private browser::ItemEventSink {
+class CLumbrelCtrl : public control::ControlWindowSide,
+                     public control::DialogWindowSide,
+                     protected browser::ItemEventSink {
 public:
-    explicit CLumbrelCtrl(std::unique_ptr<browser::BrowserSurface> browser = nullptr);
-    // The control as the module makes it: with the browser dialog.
-    static CLumbrelCtrl* CreateWithBrowser();
+    CLumbrelCtrl();
     ~CLumbrelCtrl() override;
 
     // The class description: identifiers, misc status, pages, user type name.
@@ -35,16 +42,12 @@ public:
     BOOL GetThumbNailState() const;
     void SetThumbNailState(BOOL value);
     void RefreshCombo(const std::string& drive, BOOL insert);
+    // Hides CGraphicDlg::SetItemPath, the storing step it begins with.
     void SetItemPath(const std::string& path, long imageCount);
     void DoubleClickFlag(BOOL doubleClick);
     void RefreshControl();
     void RedrawBitmaps();
     void AboutBox();
-
-    // The keyboard map and the double click, before dispatch.
-    BOOL PreTranslateMessage(MSG* msg) override;
-
-    browser::BrowserSurface* GetBrowser() const { return browser_.get(); }
 
     // The text of a BSTR argument: the ANSI conversion of all of it, up to
     // its first NUL, since everything downstream takes it as a C string.
@@ -55,15 +58,19 @@ protected:
     HRESULT InvokeMember(framework::ole::DispatchCall& call, VARIANT* result) override;
     void OnDraw(HDC dc, const RECT& bounds, const RECT& invalid) override;
 
-    int OnCreate(CREATESTRUCTA* create) override;
-    void OnSize(UINT type, int cx, int cy) override;
+    int OnControlCreate(CREATESTRUCTA* create) override;
+    void OnControlSize(UINT type, int cx, int cy) override;
+    // The keyboard map and the double click, before dispatch.
+    BOOL PreTranslateControlMessage(MSG* msg) override;
 
-private:
-    // browser::ItemEventSink
+    // browser::ItemEventSink: the events on the control's connection point.
+    // They hide CGraphicDlg::FireItemSel, which is not virtual and reaches
+    // them through the sink that the constructor attaches.
     void FireItemSel(browser::GraphicItemInfo& info) override;
     void FireItemDBClick() override;
 
-    HWND BrowserWindow() const;
+private:
+    HWND ControlHandle() const { return ControlWindow().Handle(); }
     HWND DialogItem(int id) const;
     LRESULT SendToItem(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
     void FocusItem(int id) const;
@@ -78,6 +85,4 @@ private:
     void FocusGalleryFromTree();
     // An arrow key's move to cell `index`.
     void MoveGalleryTo(int index);
-
-    std::unique_ptr<browser::BrowserSurface> browser_;
 };

@@ -18,7 +18,14 @@ extern "C" BOOL WINAPI DllMain(HINSTANCE instance, DWORD reason, LPVOID reserved
             control::StartModule();
             break;
         case DLL_PROCESS_DETACH:
-            // At process exit (reserved non-null) the classes go with the process.
+            // Unloaded from a process that goes on (reserved null): give back
+            // the window classes and the shared drawing objects. At process
+            // exit (reserved non-null) the other threads have been stopped
+            // wherever they were, perhaps inside the heap or GDI, so freeing
+            // anything here could hang or crash; the system reclaims the
+            // objects with the process, which is where they end.
+            // DllCanUnloadNow is no place for it: saying yes does not unload
+            // the module, and a host may create a control again afterwards.
             if (reserved == nullptr) control::StopModule();
             break;
         default: break;

@@ -1,8 +1,9 @@
 // The browser inside the real control, embedded as a host embeds it: the
-// module's factory gives the control its dialog, the host's members drive
-// it, and the double click — which the control's message filter turns into
-// events — fires ItemSel and ItemDBClick through the real event interface,
-// each record compared in full.
+// control is its own browser dialog (its second base), the host's members
+// drive it, and the double click — which the control's message filter turns
+// into events — fires ItemSel and ItemDBClick through the real event
+// interface, each record compared in full. What the dialog fires itself
+// reaches the host once, through the control's connection point.
 #include <ole2.h>
 
 #include <cstring>
@@ -15,6 +16,7 @@
 #include "control/LumbrelCtrl.h"
 #include "control/LumbrelIds.h"
 #include "framework/ole/ModuleLock.h"
+#include "framework/win32/Window.h"
 
 namespace browsertest {
 namespace {
@@ -26,11 +28,10 @@ using controltest::TestSite;
 class ControlBrowserTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        control = CLumbrelCtrl::CreateWithBrowser();
+        control = new CLumbrelCtrl();
         site = new TestSite();
         ASSERT_EQ(S_OK, controltest::Embed(Unknown(), site, OLEIVERB_UIACTIVATE));
-        dialog = dynamic_cast<browser::CGraphicDlg*>(control->GetBrowser());
-        ASSERT_NE(nullptr, dialog);
+        dialog = control;
         ASSERT_NE(nullptr, dialog->Handle());
         sink = new EventRecorder(&events, "host");
         cookie = controltest::AdviseEvents(Unknown(), sink);
@@ -66,7 +67,7 @@ protected:
         msg.hwnd = window;
         msg.message = WM_LBUTTONDBLCLK;
         msg.pt = POINT{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
-        return control->PreTranslateMessage(&msg);
+        return control->ControlWindow().PreTranslateMessage(&msg);
     }
     std::vector<GraphicItemInfo> Records() const {
         std::vector<GraphicItemInfo> records;
@@ -119,8 +120,10 @@ TEST(ControlModuleBrowser, TheModulesControlComesWithTheBrowserDialog) {
 }
 
 TEST_F(ControlBrowserTest, TheDialogFillsTheControlsWindow) {
-    EXPECT_EQ(control->Handle(), ::GetParent(dialog->Handle()));
-    EXPECT_EQ(control->Handle(), dialog->parentWindow);
+    const HWND window = control->ControlWindow().Handle();
+    EXPECT_EQ(window, ::GetParent(dialog->Handle()));
+    EXPECT_EQ(window, dialog->parentWindow);
+    EXPECT_EQ(dialog->Handle(), control->BrowserWindow());
     EXPECT_NE(nullptr, Item(control::kGalleryId));
     EXPECT_TRUE(control->GetThumbNailState()) << "radio 1087 is checked at start";
 }
@@ -212,6 +215,57 @@ TEST_F(ControlBrowserTest, TheSizeStateRedrawsTheGalleryInTheOtherSize) {
     control->SetThumbNailState(TRUE);
     EXPECT_EQ(145, dialog->gallery->GetCellSize().cx);
     EXPECT_TRUE(control->GetThumbNailState());
+}
+
+TEST_F(ControlBrowserTest, AGalleryClickTellsTheHostOnce) {
+    dialog->tree.SelectItem(Find(TVI_ROOT, "Animals"));
+    dialog->SetGalleryCurrentIndex(2);
+    dialog->SetGallerySelection(2);
+    events.clear();
+    // The gallery's own road: a direct OnCmdMsg on its parent's window object.
+    framework::win32::Window* parent = framework::win32::Window::FromHandle(dialog->Handle());
+    ASSERT_EQ(&control->DialogWindow(), parent);
+    EXPECT_TRUE(parent->OnCmdMsg(control::kGalleryId, 0, nullptr, nullptr));
+    EXPECT_EQ((std::vector<DISPID>{control::kDispidItemSel}), Kinds());
+    EXPECT_TRUE(SameRecords({Record(1, 3, layout.Path("Animals.QLT"))}, Records()));
+    // And as a notification the dialog window receives.
+    events.clear();
+    ::SendMessageA(dialog->Handle(), WM_COMMAND, MAKEWPARAM(control::kGalleryId, BN_CLICKED),
+                   reinterpret_cast<LPARAM>(Item(control::kGalleryId)));
+    EXPECT_EQ((std::vector<DISPID>{control::kDispidItemSel}), Kinds());
+    // The control's own window object has no such command.
+    events.clear();
+    EXPECT_FALSE(control->ControlWindow().OnCmdMsg(control::kGalleryId, 0, nullptr, nullptr));
+    EXPECT_TRUE(events.empty());
+}
+
+TEST_F(ControlBrowserTest, WhatTheDialogFiresReachesTheHostOnceWithTheRecordItself) {
+    browser::GraphicItemInfo record = Record(1, 7, "C:\\x.QLT");
+    dialog->FireItemSel(record);
+    ASSERT_EQ(1u, events.size());
+    EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
+    EXPECT_EQ(static_cast<void*>(&record), events[0].reference);
+    EXPECT_TRUE(SameRecords({record}, Records()));
+}
+
+TEST_F(ControlBrowserTest, TheDialogFollowsTheControlsSize) {
+    controltest::ComPtr<IOleInPlaceObject> inPlace;
+    ASSERT_EQ(S_OK, Unknown()->QueryInterface(IID_IOleInPlaceObject, inPlace.PutVoid()));
+    RECT position = site->position;
+    ASSERT_EQ(S_OK, inPlace->SetObjectRects(&position, &position));
+    RECT before = {};
+    ::GetWindowRect(Item(control::kGalleryId), &before);
+    position.right += 40;
+    position.bottom += 30;
+    ASSERT_EQ(S_OK, inPlace->SetObjectRects(&position, &position));
+    RECT client = {};
+    ::GetClientRect(dialog->Handle(), &client);
+    EXPECT_EQ(position.right - position.left, client.right);
+    EXPECT_EQ(position.bottom - position.top, client.bottom);
+    RECT after = {};
+    ::GetWindowRect(Item(control::kGalleryId), &after);
+    EXPECT_EQ((before.right - before.left) + 40, after.right - after.left);
+    EXPECT_EQ((before.bottom - before.top) + 30, after.bottom - after.top);
 }
 
 }  // namespace

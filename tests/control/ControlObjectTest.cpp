@@ -139,9 +139,9 @@ TEST_F(ControlObjectTest, ActivatesInPlaceAndCreatesTheBrowserInItsWindow) {
     EXPECT_EQ(site->position.bottom, rect.bottom);
 
     // WM_CREATE made the dialog as the control's child.
-    EXPECT_EQ(1u, browser->Count("CreateBrowserWindow"));
-    ASSERT_NE(nullptr, browser->BrowserWindow());
-    EXPECT_EQ(window, ::GetParent(browser->BrowserWindow()));
+    EXPECT_EQ(1u, control->Count("CreateBrowserWindow"));
+    ASSERT_NE(nullptr, control->BrowserWindow());
+    EXPECT_EQ(window, ::GetParent(control->BrowserWindow()));
 
     const std::vector<std::string> expected = {"CanInPlaceActivate", "OnInPlaceActivate", "GetWindowContext"};
     EXPECT_EQ(expected, site->calls);
@@ -154,10 +154,10 @@ TEST_F(ControlObjectTest, ActivatesInPlaceAndCreatesTheBrowserInItsWindow) {
 }
 
 TEST_F(ControlObjectTest, CreationOfTheWindowSucceedsWhenTheDialogDoesNot) {
-    browser->createFails = true;
+    control->createFails = true;
     Activate();
     EXPECT_NE(nullptr, ControlWindow());
-    EXPECT_EQ(nullptr, browser->BrowserWindow());
+    EXPECT_EQ(nullptr, control->BrowserWindow());
 }
 
 TEST_F(ControlObjectTest, UIActivationMakesItTheFramesActiveObject) {
@@ -191,7 +191,7 @@ TEST_F(ControlObjectTest, ActivationWithoutASiteFails) {
 TEST_F(ControlObjectTest, DeactivationDestroysWindowAndDialog) {
     Activate();
     const HWND window = ControlWindow();
-    const HWND dialog = browser->BrowserWindow();
+    const HWND dialog = control->BrowserWindow();
     ASSERT_EQ(S_OK, As<IOleInPlaceObject>(IID_IOleInPlaceObject)->InPlaceDeactivate());
     EXPECT_FALSE(::IsWindow(window));
     EXPECT_FALSE(::IsWindow(dialog));
@@ -200,7 +200,7 @@ TEST_F(ControlObjectTest, DeactivationDestroysWindowAndDialog) {
     // A second activation makes both again.
     Activate();
     EXPECT_NE(nullptr, ControlWindow());
-    EXPECT_EQ(2u, browser->Count("CreateBrowserWindow"));
+    EXPECT_EQ(2u, control->Count("CreateBrowserWindow"));
 }
 
 TEST_F(ControlObjectTest, CloseDeactivatesAndSavesWhenAsked) {
@@ -216,7 +216,7 @@ TEST_F(ControlObjectTest, SizeRuleMovesTheDialogForRestoredSizesOnly) {
     RECT position = {20, 30, 420, 330};
     ASSERT_EQ(S_OK, As<IOleInPlaceObject>(IID_IOleInPlaceObject)->SetObjectRects(&position, &position));
     RECT dialog = {};
-    ::GetWindowRect(browser->BrowserWindow(), &dialog);
+    ::GetWindowRect(control->BrowserWindow(), &dialog);
     ::MapWindowPoints(nullptr, ControlWindow(), reinterpret_cast<POINT*>(&dialog), 2);
     EXPECT_EQ(0, dialog.left);
     EXPECT_EQ(0, dialog.top);
@@ -230,7 +230,7 @@ TEST_F(ControlObjectTest, SizeRuleMovesTheDialogForRestoredSizesOnly) {
     // Any size type but the dialog's identifier (0, SIZE_RESTORED) leaves
     // dialog and extent alone.
     ::SendMessageA(ControlWindow(), WM_SIZE, SIZE_MAXIMIZED, MAKELPARAM(200, 100));
-    ::GetWindowRect(browser->BrowserWindow(), &dialog);
+    ::GetWindowRect(control->BrowserWindow(), &dialog);
     EXPECT_EQ(400, dialog.right - dialog.left);
     EXPECT_EQ(expected.cx, control->Extent().cx);
     EXPECT_EQ(expected.cy, control->Extent().cy);
@@ -267,21 +267,30 @@ TEST_F(ControlObjectTest, DrawsNothing) {
     ::DeleteDC(dc);
 }
 
-TEST_F(ControlObjectTest, WithoutABrowserTheWindowStaysEmpty) {
-    control->Release();
-    control = new CLumbrelCtrl();
-    browser = nullptr;
-    Activate();
-    ASSERT_NE(nullptr, ControlWindow());
-    EXPECT_EQ(nullptr, ::GetWindow(ControlWindow(), GW_CHILD));
-    // The members that need the browser do nothing and fail nothing.
-    control->SetItemPath("C:\\art", 2);
-    control->RefreshCombo("D:", TRUE);
-    control->RefreshControl();
-    control->RedrawBitmaps();
-    control->SetThumbNailState(TRUE);
-    EXPECT_FALSE(control->GetAspectRatio());
-    EXPECT_FALSE(control->GetThumbNailState());
+TEST(ControlWithoutWindow, MembersOnlyStoreUntilTheDialogExists) {
+    // The control as the module makes it, with the real dialog side, never
+    // activated: no window, no dialog.
+    auto* plain = new CLumbrelCtrl();
+    ASSERT_EQ(nullptr, plain->BrowserWindow());
+    plain->SetItemPath("C:\\art", 2);
+    EXPECT_EQ("C:\\art", plain->itemPath);
+    EXPECT_EQ(2, plain->initialPosition);
+    // Nothing else may fail or make a window.
+    plain->RefreshCombo("D:", TRUE);
+    plain->RefreshControl();
+    plain->RedrawBitmaps();
+    plain->SetThumbNailState(FALSE);
+    EXPECT_EQ(0, plain->largeThumbnails);
+    plain->SetThumbNailState(TRUE);
+    EXPECT_EQ(1, plain->largeThumbnails);
+    plain->DoubleClickFlag(TRUE);
+    EXPECT_EQ(1, plain->doubleClickFlag);
+    EXPECT_FALSE(plain->GetAspectRatio());
+    EXPECT_FALSE(plain->GetThumbNailState());
+    EXPECT_EQ(nullptr, plain->BrowserWindow());
+    EXPECT_EQ(nullptr, plain->ControlWindow().Handle());
+    plain->Release();
+    EXPECT_EQ(0, framework::ole::ObjectCount());
 }
 
 TEST_F(ControlObjectTest, ReleaseWhileActiveTearsDownCleanly) {

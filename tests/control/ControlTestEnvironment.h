@@ -2,24 +2,21 @@
 // module's start-up work (the common control classes).
 #pragma once
 
-#include <memory>
-
 #include <gtest/gtest.h>
 
 #include "OleTestSupport.h"
-#include "RecordingBrowser.h"
+#include "RecordingControl.h"
 #include "control/LumbrelCtrl.h"
 #include "framework/ole/ModuleLock.h"
 
 namespace controltest {
 
-// A control with a recording browser, embedded in a TestSite on demand.
+// A control with a recording stand-in for its browser, embedded in a
+// TestSite on demand.
 class ControlFixture : public ::testing::Test {
 protected:
     void SetUp() override {
-        auto recording = std::make_unique<RecordingBrowser>();
-        browser = recording.get();
-        control = new CLumbrelCtrl(std::move(recording));
+        control = new RecordingControl();
         site = new TestSite();
     }
     void TearDown() override {
@@ -39,10 +36,12 @@ protected:
         return result;
     }
     void Activate(LONG verb = OLEIVERB_INPLACEACTIVATE) { ASSERT_EQ(S_OK, Embed(Unknown(), site, verb)); }
-    HWND ControlWindow() const { return control->Handle(); }
+    HWND ControlWindow() const { return control->ControlWindow().Handle(); }
+    // The framework's entry to the keyboard map: the control window's
+    // PreTranslateMessage, as the message filter and the loop call it.
+    BOOL PreTranslate(MSG* msg) const { return control->ControlWindow().PreTranslateMessage(msg); }
 
-    CLumbrelCtrl* control = nullptr;
-    RecordingBrowser* browser = nullptr;
+    RecordingControl* control = nullptr;
     TestSite* site = nullptr;
 };
 

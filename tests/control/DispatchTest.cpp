@@ -41,7 +41,7 @@ protected:
         return Dispatch()->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_PROPERTYGET, &params, result,
                                   nullptr, nullptr);
     }
-    LRESULT Check(int id) const { return ::SendMessageA(browser->Item(id), BM_GETCHECK, 0, 0); }
+    LRESULT Check(int id) const { return ::SendMessageA(control->Item(id), BM_GETCHECK, 0, 0); }
 
     static VARIANT Bool(bool value) {
         VARIANT v;
@@ -262,7 +262,7 @@ TEST_F(DispatchTest, InvokeChecksItsCall) {
     EXPECT_EQ(DISP_E_TYPEMISMATCH,
               Call(control::kDispidSetItemPath, {Text(path), Text(notANumber)}, nullptr, &argError));
     EXPECT_EQ(0u, argError);
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(DispatchTest, NamedArgumentsArriveInTheirPlaces) {
@@ -272,29 +272,29 @@ TEST_F(DispatchTest, NamedArgumentsArriveInTheirPlaces) {
     DISPPARAMS params = {arguments, names, 2, 2};
     ASSERT_EQ(S_OK, Dispatch()->Invoke(control::kDispidSetItemPath, IID_NULL, LOCALE_USER_DEFAULT,
                                        DISPATCH_METHOD, &params, nullptr, nullptr, nullptr));
-    EXPECT_EQ("C:\\art\\cats", browser->storedPath);
-    EXPECT_EQ(5, browser->storedPosition);
+    EXPECT_EQ("C:\\art\\cats", control->itemPath);
+    EXPECT_EQ(5, control->initialPosition);
 }
 
 TEST_F(DispatchTest, ArgumentsAreCoercedToTheirDeclaredTypes) {
     Bstr path(L"C:\\x");
     Bstr seven(L"7");
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), Text(seven)}));
-    EXPECT_EQ(7, browser->storedPosition);
+    EXPECT_EQ(7, control->initialPosition);
     VARIANT real;
     real.vt = VT_R8;
     real.dblVal = 3.0;
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), real}));
-    EXPECT_EQ(3, browser->storedPosition);
+    EXPECT_EQ(3, control->initialPosition);
     // By reference, as Visual Basic passes variables.
     LONG value = 9;
     VARIANT byRef;
     byRef.vt = VT_I4 | VT_BYREF;
     byRef.plVal = &value;
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), byRef}));
-    EXPECT_EQ(9, browser->storedPosition);
+    EXPECT_EQ(9, control->initialPosition);
     ASSERT_EQ(S_OK, Call(control::kDispidDoubleClickFlag, {Long(1)}));
-    EXPECT_TRUE(browser->doubleClickFlag);
+    EXPECT_TRUE(control->doubleClickFlag);
 }
 
 TEST_F(DispatchTest, AspectRatioIsTheCheckBox) {
@@ -311,7 +311,7 @@ TEST_F(DispatchTest, AspectRatioIsTheCheckBox) {
     ASSERT_EQ(S_OK, Get(control::kDispidAspectRatio, value.Get()));
     EXPECT_EQ(VARIANT_FALSE, value.Get()->boolVal);
     // A box that the user checked reads as checked.
-    ::SendMessageA(browser->Item(control::kAspectRatioBox), BM_SETCHECK, BST_CHECKED, 0);
+    ::SendMessageA(control->Item(control::kAspectRatioBox), BM_SETCHECK, BST_CHECKED, 0);
     EXPECT_TRUE(control->GetAspectRatio());
     // Not part of the persistent state.
     EXPECT_EQ(S_FALSE, As<IPersistStreamInit>(IID_IPersistStreamInit)->IsDirty());
@@ -333,72 +333,77 @@ TEST_F(DispatchTest, ThumbNailStateSwitchesTheRadiosAndRedraws) {
     EXPECT_EQ(BST_CHECKED, Check(control::kSmallThumbnailsRadio));
     EXPECT_EQ(BST_UNCHECKED, Check(control::kLargeThumbnailsRadio));
     EXPECT_EQ((std::vector<std::string>{"CreateBrowserWindow", "SetLargeThumbnails(0)", "RedrawThumbnails"}),
-              browser->calls);
+              control->calls);
+    EXPECT_EQ(0, control->largeThumbnails);
     EXPECT_EQ(S_OK, As<IPersistStreamInit>(IID_IPersistStreamInit)->IsDirty());
 
-    browser->ClearCalls();
+    control->ClearCalls();
     ASSERT_EQ(S_OK, Put(control::kDispidThumbNailState, Bool(true)));
     EXPECT_EQ(BST_CHECKED, Check(control::kLargeThumbnailsRadio));
     EXPECT_EQ(BST_UNCHECKED, Check(control::kSmallThumbnailsRadio));
-    EXPECT_EQ((std::vector<std::string>{"SetLargeThumbnails(1)", "RedrawThumbnails"}), browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"SetLargeThumbnails(1)", "RedrawThumbnails"}), control->calls);
+    EXPECT_EQ(1, control->largeThumbnails);
     Variant value;
     ASSERT_EQ(S_OK, Get(control::kDispidThumbNailState, value.Get()));
     EXPECT_EQ(VARIANT_TRUE, value.Get()->boolVal);
 
     // The state it already has still redraws.
-    browser->ClearCalls();
+    control->ClearCalls();
     ASSERT_EQ(S_OK, Put(control::kDispidThumbNailState, Bool(true)));
-    EXPECT_EQ(1u, browser->Count("RedrawThumbnails"));
+    EXPECT_EQ(1u, control->Count("RedrawThumbnails"));
 }
 
 TEST_F(DispatchTest, RefreshComboWithoutInsertChangesNothing) {
     Activate();
-    browser->ClearCalls();
+    control->ClearCalls();
     Bstr drive(L"E:");
     ASSERT_EQ(S_OK, Call(control::kDispidRefreshCombo, {Text(drive), Bool(false)}));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(DispatchTest, RefreshComboResetsTheComboAndNavigates) {
     Activate();
-    browser->ClearCalls();
+    control->ClearCalls();
     Bstr drive(L"E:");
     ASSERT_EQ(S_OK, Call(control::kDispidRefreshCombo, {Text(drive), Bool(true)}));
-    EXPECT_EQ((std::vector<std::string>{"ResetDriveCombo(E:)", "NavigateToPath(E:,0)"}), browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"ResetDriveCombo(E:)", "NavigateToPath(E:,0)"}), control->calls);
 }
 
 TEST_F(DispatchTest, SetItemPathBeforeActivationOnlyStores) {
     Bstr path(L"C:\\art\\cats");
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), Long(3)}));
-    EXPECT_EQ((std::vector<std::string>{"SetItemPath(C:\\art\\cats,3)"}), browser->calls);
-    EXPECT_EQ("C:\\art\\cats", browser->storedPath);
-    EXPECT_EQ(3, browser->storedPosition);
+    // The dialog side keeps them for OnInitDialog; there is nothing to navigate.
+    EXPECT_EQ("C:\\art\\cats", control->itemPath);
+    EXPECT_EQ(3, control->initialPosition);
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(DispatchTest, SetItemPathStoresThenNavigates) {
     Activate();
-    browser->ClearCalls();
+    control->ClearCalls();
     Bstr path(L"C:\\art\\cats");
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), Long(3)}));
-    EXPECT_EQ((std::vector<std::string>{"SetItemPath(C:\\art\\cats,3)", "NavigateToPath(C:\\art\\cats,3)"}),
-              browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"NavigateToPath(C:\\art\\cats,3)"}), control->calls);
+    EXPECT_EQ("C:\\art\\cats", control->itemPathAtNavigation) << "stored before the navigation";
+    EXPECT_EQ("C:\\art\\cats", control->itemPath);
+    EXPECT_EQ(3, control->initialPosition);
 }
 
 TEST_F(DispatchTest, DoubleClickFlagIsStored) {
     ASSERT_EQ(S_OK, Call(control::kDispidDoubleClickFlag, {Bool(true)}));
-    EXPECT_TRUE(browser->doubleClickFlag);
+    EXPECT_TRUE(control->doubleClickFlag);
     ASSERT_EQ(S_OK, Call(control::kDispidDoubleClickFlag, {Bool(false)}));
-    EXPECT_FALSE(browser->doubleClickFlag);
+    EXPECT_FALSE(control->doubleClickFlag);
 }
 
 TEST_F(DispatchTest, RefreshControlRebuildsAndEmptiesTheGallery) {
     Activate();
-    const HWND gallery = browser->Item(control::kGalleryId);
+    const HWND gallery = control->Item(control::kGalleryId);
     SCROLLINFO info = {sizeof info, SIF_RANGE | SIF_PAGE | SIF_POS, 0, 500, 50, 120, 0};
     ::SetScrollInfo(gallery, SB_VERT, &info, TRUE);
-    browser->ClearCalls();
+    control->ClearCalls();
     ASSERT_EQ(S_OK, Call(control::kDispidRefreshControl, {}));
-    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), control->calls);
     SCROLLINFO after = {sizeof after, SIF_RANGE | SIF_PAGE | SIF_POS, 0, 0, 0, 0, 0};
     ::GetScrollInfo(gallery, SB_VERT, &after);
     EXPECT_EQ(0, after.nMin);
@@ -409,7 +414,7 @@ TEST_F(DispatchTest, RefreshControlRebuildsAndEmptiesTheGallery) {
 
 TEST_F(DispatchTest, RedrawBitmapsRedrawsTheThumbnails) {
     ASSERT_EQ(S_OK, Call(control::kDispidRedrawBitmaps, {}));
-    EXPECT_EQ((std::vector<std::string>{"RedrawThumbnails"}), browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"RedrawThumbnails"}), control->calls);
 }
 
 // Closes the modal About box from inside its loop, after checking its texts.
@@ -448,14 +453,16 @@ TEST_F(DispatchTest, AboutBoxShowsDialogTwo) {
 // ---- BSTR arguments -------------------------------------------------------------------
 
 TEST_F(DispatchTest, AnEmptyPathIsTheEmptyText) {
+    control->itemPath = "C:\\before";
     Bstr empty(L"");
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(empty), Long(0)}));
-    EXPECT_EQ("", browser->storedPath);
+    EXPECT_EQ("", control->itemPath);
+    control->itemPath = "C:\\before";
     VARIANT nullText;
     nullText.vt = VT_BSTR;
     nullText.bstrVal = nullptr;
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {nullText, Long(0)}));
-    EXPECT_EQ("", browser->storedPath);
+    EXPECT_EQ("", control->itemPath);
 }
 
 TEST_F(DispatchTest, AVeryLongPathArrivesWhole) {
@@ -464,11 +471,11 @@ TEST_F(DispatchTest, AVeryLongPathArrivesWhole) {
     longPath.append(200000, L'x');
     Bstr path(longPath.c_str());
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), Long(1)}));
-    ASSERT_EQ(longPath.size(), browser->storedPath.size());
-    EXPECT_EQ(std::string(200000, 'x'), browser->storedPath.substr(3));
+    ASSERT_EQ(longPath.size(), control->itemPath.size());
+    EXPECT_EQ(std::string(200000, 'x'), control->itemPath.substr(3));
     Bstr drive(longPath.c_str());
     ASSERT_EQ(S_OK, Call(control::kDispidRefreshCombo, {Text(drive), Bool(true)}));
-    EXPECT_EQ(1u, browser->Count("ResetDriveCombo(C:\\xxx"));
+    EXPECT_EQ(1u, control->Count("ResetDriveCombo(C:\\xxx"));
 }
 
 TEST_F(DispatchTest, AnEmbeddedNulEndsThePath) {
@@ -476,7 +483,7 @@ TEST_F(DispatchTest, AnEmbeddedNulEndsThePath) {
     Bstr path(withNul, 5);
     ASSERT_EQ(5u, path.Length());
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), Long(1)}));
-    EXPECT_EQ("ab", browser->storedPath);
+    EXPECT_EQ("ab", control->itemPath);
     EXPECT_EQ("ab", CLumbrelCtrl::TextArgument(path.Get()));
 }
 
@@ -484,7 +491,7 @@ TEST_F(DispatchTest, NonLatinCharactersConvertThroughTheAnsiCodePage) {
     const wchar_t text[] = L"C:\\\u00e9t\u00e9\\\u03a9\u6f22\\\U0001F600";
     Bstr path(text);
     ASSERT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), Long(1)}));
-    const std::string& stored = browser->storedPath;
+    const std::string& stored = control->itemPath;
     EXPECT_EQ(std::string::npos, stored.find('\0'));
     EXPECT_EQ("C:\\", stored.substr(0, 3));
     if (::GetACP() == 1252) {

@@ -75,7 +75,7 @@ TEST_F(EventsTest, CookiesAreDistinctAndChecked) {
     EXPECT_EQ(S_OK, UnadviseEvents(Unknown(), a));
     EXPECT_EQ(CONNECT_E_NOCONNECTION, UnadviseEvents(Unknown(), a)) << "a cookie works once";
     // Only the second hears the next event.
-    browser->Events()->FireItemDBClick();
+    control->Events()->FireItemDBClick();
     ASSERT_EQ(1u, events.size());
     EXPECT_EQ("second", events[0].sink);
     EXPECT_EQ(S_OK, UnadviseEvents(Unknown(), b));
@@ -97,10 +97,10 @@ TEST_F(EventsTest, ItemSelCarriesTheRecordByReferenceToEverySinkInOrder) {
     auto* second = new EventRecorder(&events, "second");
     const DWORD a = AdviseEvents(Unknown(), first);
     const DWORD b = AdviseEvents(Unknown(), second);
-    browser->itemInfo = SampleRecord();
+    control->itemInfo = SampleRecord();
 
-    browser->Events()->FireItemSel(browser->ItemInfo());
-    browser->Events()->FireItemDBClick();
+    control->FireItemSelFromDialog(control->ItemInfo());
+    control->Events()->FireItemDBClick();
 
     ASSERT_EQ(4u, events.size());
     const char* order[] = {"first", "second", "first", "second"};
@@ -109,8 +109,8 @@ TEST_F(EventsTest, ItemSelCarriesTheRecordByReferenceToEverySinkInOrder) {
         EXPECT_EQ(control::kDispidItemSel, events[i].dispid);
         ASSERT_EQ(1u, events[i].argumentCount);
         EXPECT_EQ(0x4000, events[i].argumentType) << "VT_BYREF alone";
-        EXPECT_EQ(static_cast<void*>(&browser->itemInfo), events[i].reference) << "the record itself";
-        EXPECT_EQ(0, std::memcmp(&browser->itemInfo, &events[i].record, 532));
+        EXPECT_EQ(static_cast<void*>(&control->itemInfo), events[i].reference) << "the record itself";
+        EXPECT_EQ(0, std::memcmp(&control->itemInfo, &events[i].record, 532));
     }
     for (size_t i = 2; i < 4; ++i) {
         EXPECT_EQ(control::kDispidItemDBClick, events[i].dispid);
@@ -135,7 +135,7 @@ TEST_F(EventsTest, ALocalRecordIsPassedAsItIs) {
     auto* sink = new EventRecorder(&events, "sink");
     const DWORD cookie = AdviseEvents(Unknown(), sink);
     browser::GraphicItemInfo local = browser::EmptyItemInfo();
-    browser->Events()->FireItemSel(local);
+    control->FireItemSelFromDialog(local);
     ASSERT_EQ(1u, events.size());
     EXPECT_EQ(static_cast<void*>(&local), events[0].reference);
     const browser::GraphicItemInfo zero = {};
@@ -149,10 +149,10 @@ TEST_F(EventsTest, FrozenEventsAreNotFired) {
     const DWORD cookie = AdviseEvents(Unknown(), sink);
     auto controlInterface = As<IOleControl>(IID_IOleControl);
     ASSERT_EQ(S_OK, controlInterface->FreezeEvents(TRUE));
-    browser->Events()->FireItemDBClick();
+    control->Events()->FireItemDBClick();
     EXPECT_TRUE(events.empty());
     ASSERT_EQ(S_OK, controlInterface->FreezeEvents(FALSE));
-    browser->Events()->FireItemDBClick();
+    control->Events()->FireItemDBClick();
     EXPECT_EQ(1u, events.size());
     UnadviseEvents(Unknown(), cookie);
     sink->Release();
@@ -176,11 +176,11 @@ TEST_F(EventsTest, ASinkThatDisconnectsDuringAnEventDoesNotDisturbTheOthers) {
     };
     leaving->Release();  // the connection point now holds the last reference
 
-    browser->Events()->FireItemDBClick();
+    control->Events()->FireItemDBClick();
     ASSERT_EQ(2u, events.size());
     EXPECT_EQ("leaving", events[0].sink);
     EXPECT_EQ("staying", events[1].sink);
-    browser->Events()->FireItemDBClick();
+    control->Events()->FireItemDBClick();
     ASSERT_EQ(3u, events.size());
     EXPECT_EQ("staying", events[2].sink);
     UnadviseEvents(Unknown(), stays);

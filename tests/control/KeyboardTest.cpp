@@ -30,12 +30,12 @@ protected:
     void SetUp() override {
         ControlFixture::SetUp();
         Activate(OLEIVERB_UIACTIVATE);
-        gallery = browser->Item(control::kGalleryId);
-        tree = browser->Item(control::kTreeId);
+        gallery = control->Item(control::kGalleryId);
+        tree = control->Item(control::kTreeId);
         ASSERT_NE(nullptr, gallery);
         ASSERT_NE(nullptr, tree);
-        browser->gallery = browser::GalleryPosition{10, 2, 2, 3, 4};
-        browser->ClearCalls();
+        control->galleryPosition = browser::GalleryPosition{10, 2, 2, 3, 4};
+        control->ClearCalls();
         sink = new EventRecorder(&events, "sink");
         cookie = AdviseEvents(Unknown(), sink);
     }
@@ -52,7 +52,7 @@ protected:
         msg.message = message;
         msg.wParam = key;
         msg.lParam = message == WM_SYSKEYDOWN ? (1 | (1 << 29)) : 1;
-        return control->PreTranslateMessage(&msg);
+        return PreTranslate(&msg);
     }
     BOOL KeyDown(WPARAM key, HWND focus) { return Key(WM_KEYDOWN, key, focus); }
     BOOL Alt(char key) { return Key(WM_SYSKEYDOWN, static_cast<WPARAM>(key), gallery); }
@@ -61,14 +61,14 @@ protected:
         msg.hwnd = window;
         msg.message = WM_LBUTTONDBLCLK;
         msg.pt = point;
-        return control->PreTranslateMessage(&msg);
+        return PreTranslate(&msg);
     }
     BOOL DoubleClickAt(HWND window) {
         RECT rect = {};
         ::GetWindowRect(window, &rect);
         return DoubleClickAt(window, POINT{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2});
     }
-    LRESULT Check(int id) const { return ::SendMessageA(browser->Item(id), BM_GETCHECK, 0, 0); }
+    LRESULT Check(int id) const { return ::SendMessageA(control->Item(id), BM_GETCHECK, 0, 0); }
     std::vector<std::string> Moves(int to) const {
         return {"SetGalleryCurrentIndex(" + std::to_string(to) + ")",
                 "SetGallerySelection(" + std::to_string(to) + ")", "OnGalleryCommand"};
@@ -86,16 +86,16 @@ protected:
 TEST_F(KeyboardTest, F6OnTheGalleryGoesToTheTreeAndOn) {
     EXPECT_FALSE(KeyDown(VK_F6, gallery));
     EXPECT_EQ(tree, ::GetFocus());
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(KeyboardTest, F6OnTheTreeGoesToTheGalleryAtItsFirstCell) {
-    browser->cellsVisible = false;
+    control->cellsVisible = false;
     EXPECT_FALSE(KeyDown(VK_F6, tree));
     EXPECT_EQ(gallery, ::GetFocus());
     EXPECT_EQ((std::vector<std::string>{"SetGallerySelection(0)", "EnsureGalleryCellVisible(0)",
                                         "SetGalleryTopRow(0,repaint)"}),
-              browser->calls);
+              control->calls);
 }
 
 TEST_F(KeyboardTest, F6ElsewhereGoesToTheTree) {
@@ -107,14 +107,14 @@ TEST_F(KeyboardTest, TabOnTheTreeIsF6AndHandled) {
     EXPECT_TRUE(KeyDown(VK_TAB, tree));
     EXPECT_EQ(gallery, ::GetFocus());
     EXPECT_EQ((std::vector<std::string>{"SetGallerySelection(0)", "SetGalleryTopRow(0,repaint)"}),
-              browser->calls);
+              control->calls);
 }
 
 TEST_F(KeyboardTest, TabFromTheTreeSelectsItemZeroEvenOfAnEmptyGallery) {
-    browser->gallery = browser::GalleryPosition{0, -1, -1, 0, 0};
+    control->galleryPosition = browser::GalleryPosition{0, -1, -1, 0, 0};
     EXPECT_TRUE(KeyDown(VK_TAB, tree));
     EXPECT_EQ(gallery, ::GetFocus());
-    EXPECT_EQ(1u, browser->Count("SetGallerySelection(0)"));
+    EXPECT_EQ(1u, control->Count("SetGallerySelection(0)"));
 }
 
 TEST_F(KeyboardTest, TabOnTheGalleryGoesToTheTree) {
@@ -125,66 +125,66 @@ TEST_F(KeyboardTest, TabOnTheGalleryGoesToTheTree) {
 TEST_F(KeyboardTest, TabElsewhereIsLeftAlone) {
     EXPECT_FALSE(KeyDown(VK_TAB, ControlWindow()));
     EXPECT_EQ(ControlWindow(), ::GetFocus());
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(KeyboardTest, RightMovesByTheOddRule) {
     // 10 cells, selected 2, 3 rows, 4 columns: 3 / 3 = 1 < 4.
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
-    EXPECT_EQ(Moves(3), browser->calls);
+    EXPECT_EQ(Moves(3), control->calls);
 
     // 8 / 2 = 4 is not less than 4 columns: no move, although 8 < 10.
-    browser->ClearCalls();
-    browser->gallery = browser::GalleryPosition{10, 7, 7, 2, 4};
+    control->ClearCalls();
+    control->galleryPosition = browser::GalleryPosition{10, 7, 7, 2, 4};
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 
     // Not beyond the last cell.
-    browser->gallery = browser::GalleryPosition{10, 9, 9, 1, 40};
+    control->galleryPosition = browser::GalleryPosition{10, 9, 9, 1, 40};
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 
     // A gallery without rows moves nowhere.
-    browser->gallery = browser::GalleryPosition{10, 0, 0, 0, 4};
+    control->galleryPosition = browser::GalleryPosition{10, 0, 0, 0, 4};
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(KeyboardTest, MovesEnsureVisibilityOnlyWhenNeeded) {
-    browser->cellsVisible = false;
+    control->cellsVisible = false;
     EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
     EXPECT_EQ((std::vector<std::string>{"SetGalleryCurrentIndex(3)", "SetGallerySelection(3)",
                                         "EnsureGalleryCellVisible(3)", "OnGalleryCommand"}),
-              browser->calls);
+              control->calls);
 }
 
 TEST_F(KeyboardTest, LeftStopsAtTheFirstCell) {
-    browser->gallery.selectedIndex = 5;
+    control->galleryPosition.selectedIndex = 5;
     EXPECT_TRUE(KeyDown(VK_LEFT, gallery));
-    EXPECT_EQ(Moves(4), browser->calls);
-    browser->ClearCalls();
-    browser->gallery.selectedIndex = 0;
+    EXPECT_EQ(Moves(4), control->calls);
+    control->ClearCalls();
+    control->galleryPosition.selectedIndex = 0;
     EXPECT_TRUE(KeyDown(VK_LEFT, gallery));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(KeyboardTest, DownMovesByARowWithoutWrapping) {
     EXPECT_TRUE(KeyDown(VK_DOWN, gallery));
-    EXPECT_EQ(Moves(6), browser->calls);
-    browser->ClearCalls();
-    browser->gallery.selectedIndex = 7;
+    EXPECT_EQ(Moves(6), control->calls);
+    control->ClearCalls();
+    control->galleryPosition.selectedIndex = 7;
     EXPECT_TRUE(KeyDown(VK_DOWN, gallery));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(KeyboardTest, UpMovesByARowWithoutWrapping) {
-    browser->gallery.selectedIndex = 5;
+    control->galleryPosition.selectedIndex = 5;
     EXPECT_TRUE(KeyDown(VK_UP, gallery));
-    EXPECT_EQ(Moves(1), browser->calls);
-    browser->ClearCalls();
-    browser->gallery.selectedIndex = 2;
+    EXPECT_EQ(Moves(1), control->calls);
+    control->ClearCalls();
+    control->galleryPosition.selectedIndex = 2;
     EXPECT_TRUE(KeyDown(VK_UP, gallery));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(KeyboardTest, ArrowsElsewhereAreLeftAlone) {
@@ -192,21 +192,21 @@ TEST_F(KeyboardTest, ArrowsElsewhereAreLeftAlone) {
         EXPECT_FALSE(KeyDown(key, tree));
         EXPECT_FALSE(KeyDown(key, ControlWindow()));
     }
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 TEST_F(KeyboardTest, F5RefreshesWhereverTheFocusIs) {
     for (HWND focus : {gallery, tree, ControlWindow()}) {
-        browser->ClearCalls();
+        control->ClearCalls();
         EXPECT_TRUE(KeyDown(VK_F5, focus));
-        EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), browser->calls);
+        EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), control->calls);
     }
 }
 
 TEST_F(KeyboardTest, OtherKeysAreLeftAlone) {
     EXPECT_FALSE(KeyDown('X', gallery));
     EXPECT_FALSE(KeyDown(VK_RETURN, tree));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 // ---- WM_SYSKEYDOWN ---------------------------------------------------------------------------
@@ -222,39 +222,39 @@ TEST_F(KeyboardTest, AltLAndAltSSwitchTheThumbnailSize) {
     EXPECT_TRUE(Alt('L'));
     EXPECT_EQ(BST_CHECKED, Check(control::kLargeThumbnailsRadio));
     EXPECT_EQ(BST_UNCHECKED, Check(control::kSmallThumbnailsRadio));
-    EXPECT_EQ((std::vector<std::string>{"OnLargeThumbnails"}), browser->calls);
-    browser->ClearCalls();
+    EXPECT_EQ((std::vector<std::string>{"OnLargeThumbnails"}), control->calls);
+    control->ClearCalls();
     EXPECT_TRUE(Alt('S'));
     EXPECT_EQ(BST_CHECKED, Check(control::kSmallThumbnailsRadio));
     EXPECT_EQ(BST_UNCHECKED, Check(control::kLargeThumbnailsRadio));
-    EXPECT_EQ((std::vector<std::string>{"OnSmallThumbnails"}), browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"OnSmallThumbnails"}), control->calls);
 }
 
 TEST_F(KeyboardTest, AltRRefreshes) {
     EXPECT_TRUE(Alt('R'));
-    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), control->calls);
 }
 
 TEST_F(KeyboardTest, OtherAltKeysAreLeftAlone) {
     EXPECT_FALSE(Alt('X'));
-    EXPECT_TRUE(browser->calls.empty());
+    EXPECT_TRUE(control->calls.empty());
 }
 
 // ---- The double click ---------------------------------------------------------------------------
 
 TEST_F(KeyboardTest, DoubleClickInTheGalleryFiresItemSelThenItemDBClick) {
-    browser->itemInfo = SampleRecord();
+    control->itemInfo = SampleRecord();
     EXPECT_FALSE(DoubleClickAt(gallery)) << "the click goes on to the gallery";
     ASSERT_EQ(2u, events.size());
     EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
     EXPECT_EQ(0x4000, events[0].argumentType);
-    EXPECT_EQ(static_cast<void*>(&browser->itemInfo), events[0].reference);
-    EXPECT_EQ(0, std::memcmp(&browser->itemInfo, &events[0].record, 532));
+    EXPECT_EQ(static_cast<void*>(&control->itemInfo), events[0].reference);
+    EXPECT_EQ(0, std::memcmp(&control->itemInfo, &events[0].record, 532));
     EXPECT_EQ(control::kDispidItemDBClick, events[1].dispid);
 }
 
 TEST_F(KeyboardTest, DoubleClickInTheGalleryWithoutSelectionFiresNothing) {
-    browser->gallery.currentIndex = -1;
+    control->galleryPosition.currentIndex = -1;
     EXPECT_FALSE(DoubleClickAt(gallery));
     EXPECT_TRUE(events.empty());
 }
@@ -262,11 +262,11 @@ TEST_F(KeyboardTest, DoubleClickInTheGalleryWithoutSelectionFiresNothing) {
 TEST_F(KeyboardTest, DoubleClickOnATreeDirectoryFiresNothing) {
     char directory[MAX_PATH] = {};
     ::GetTempPathA(MAX_PATH, directory);
-    browser->hasSelectedPath = true;
-    browser->selectedPath = directory;
-    browser->preparedItemNumber = 0;
+    control->hasSelectedPath = true;
+    control->selectedPath = directory;
+    control->preparedItemNumber = 0;
     EXPECT_FALSE(DoubleClickAt(tree));
-    EXPECT_EQ(1u, browser->Count("PrepareDoubleClick("));
+    EXPECT_EQ(1u, control->Count("PrepareDoubleClick("));
     EXPECT_TRUE(events.empty());
 }
 
@@ -275,12 +275,12 @@ TEST_F(KeyboardTest, DoubleClickOnATreePictureFiresBothEvents) {
     char directory[MAX_PATH] = {};
     ::GetTempPathA(MAX_PATH, directory);
     ::GetTempFileNameA(directory, "lum", 0, file);
-    browser->hasSelectedPath = true;
-    browser->selectedPath = file;
-    browser->preparedItemNumber = 1;
+    control->hasSelectedPath = true;
+    control->selectedPath = file;
+    control->preparedItemNumber = 1;
     EXPECT_FALSE(DoubleClickAt(tree));
     ::DeleteFileA(file);
-    EXPECT_EQ(1u, browser->Count(std::string("PrepareDoubleClick(") + file));
+    EXPECT_EQ(1u, control->Count(std::string("PrepareDoubleClick(") + file));
     ASSERT_EQ(2u, events.size());
     EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
     EXPECT_EQ(1, events[0].record.itemNumber);
@@ -288,10 +288,10 @@ TEST_F(KeyboardTest, DoubleClickOnATreePictureFiresBothEvents) {
 }
 
 TEST_F(KeyboardTest, DoubleClickOnAMissingTreePathPreparesNothing) {
-    browser->hasSelectedPath = true;
-    browser->selectedPath = "Q:\\no\\such\\place.bmp";
+    control->hasSelectedPath = true;
+    control->selectedPath = "Q:\\no\\such\\place.bmp";
     EXPECT_FALSE(DoubleClickAt(tree));
-    EXPECT_EQ(0u, browser->Count("PrepareDoubleClick"));
+    EXPECT_EQ(0u, control->Count("PrepareDoubleClick"));
     EXPECT_TRUE(events.empty());
 }
 
@@ -307,7 +307,7 @@ TEST_F(KeyboardTest, DoubleClickElsewhereStopsAtOnce) {
     ASSERT_FALSE(::PtInRect(&treeRect, corner));
     EXPECT_FALSE(DoubleClickAt(ControlWindow(), corner));
     EXPECT_TRUE(events.empty());
-    EXPECT_EQ(0u, browser->Count("GetSelectedPath"));
+    EXPECT_EQ(0u, control->Count("GetSelectedPath"));
 }
 
 // ---- The plumbing ------------------------------------------------------------------------------
@@ -326,7 +326,7 @@ TEST_F(KeyboardTest, KeysReachTheMapThroughAPlainMessageLoop) {
     ::PostMessageA(gallery, WM_KEYDOWN, 'X', 1);
     PumpMessages();
     // F5 was handled before dispatch and never reached the gallery; X went on.
-    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), browser->calls);
+    EXPECT_EQ((std::vector<std::string>{"RebuildFromDriveCombo", "ClearGallery"}), control->calls);
     ASSERT_FALSE(log.messages.empty());
     EXPECT_EQ(std::vector<UINT>({WM_KEYDOWN, WM_CHAR}), log.messages);
     log.UnsubclassWindow();
@@ -362,10 +362,10 @@ TEST_F(KeyboardTest, TranslateAcceleratorDoesNotOfferAMessageTwice) {
     ASSERT_TRUE(::PeekMessageA(&msg, tree, WM_KEYDOWN, WM_KEYDOWN, PM_REMOVE));
     // The filter saw it and let it go on (F6 continues to default processing).
     EXPECT_EQ(WM_KEYDOWN, msg.message);
-    EXPECT_EQ(1u, browser->Count("SetGallerySelection(0)"));
+    EXPECT_EQ(1u, control->Count("SetGallerySelection(0)"));
     // A host that also calls TranslateAccelerator does not run it again.
     EXPECT_EQ(S_FALSE, active->TranslateAccelerator(&msg));
-    EXPECT_EQ(1u, browser->Count("SetGallerySelection(0)"));
+    EXPECT_EQ(1u, control->Count("SetGallerySelection(0)"));
 }
 
 TEST_F(KeyboardTest, TranslateAcceleratorRunsTheMapForMessagesTheFilterDidNotSee) {
@@ -376,7 +376,7 @@ TEST_F(KeyboardTest, TranslateAcceleratorRunsTheMapForMessagesTheFilterDidNotSee
     msg.wParam = VK_F5;
     msg.time = 12345;
     EXPECT_EQ(S_OK, active->TranslateAccelerator(&msg));
-    EXPECT_EQ(1u, browser->Count("RebuildFromDriveCombo"));
+    EXPECT_EQ(1u, control->Count("RebuildFromDriveCombo"));
     msg.wParam = 'Q';
     msg.time = 12346;
     EXPECT_EQ(S_FALSE, active->TranslateAccelerator(&msg));

@@ -1,10 +1,17 @@
 // The test container's script mode end to end: the registered control
-// hosted through atl.dll's AtlAxWin, driven by a script, reporting in JSON.
+// hosted through atl.dll's AtlAxWin, driven by a script, reporting in JSON,
+// over the browser tests' disk layout as the primary graphics folder.
 #include <windows.h>
 
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ArtLayout.h"
+#include "BrowserTestSupport.h"
 
 #include "ModuleTestSupport.h"
 
@@ -105,19 +112,143 @@ TEST_F(ScriptModeTest, MalformedCommandsExitWithStatusTwo) {
     EXPECT_EQ(2, Run("wait soon\n"));
 }
 
-TEST_F(ScriptModeTest, CommandsThatNeedTheBrowserFindIt) {
-    // The module's control has the browser dialog: the commands reach its
-    // tree, combo and gallery, whatever they then find there.
-    for (const char* command :
-         {"tree C:\\art", "combo C:", "click 1", "dblclick 1", "dblclick-tree", "state"}) {
-        Run(std::string(command) + "\n");
-        EXPECT_EQ(std::string::npos, errors.find("does not have")) << command << ": " << errors;
+// The browser through the script mode, end to end: the container's commands
+// reach the dialog's own windows by real messages, and the events come back
+// through the connection point as JSON lines.
+class ScriptedBrowserTest : public ScriptModeTest {
+protected:
+    void SetUp() override {
+        ScriptModeTest::SetUp();
+        primary.Set(layout.Primary());
     }
-    EXPECT_EQ(1, Run("tree C:\\art\n"));
-    EXPECT_NE(std::string::npos, errors.find("tree: no node 'C:'")) << errors;
-    EXPECT_EQ(1, Run("combo C:\n"));
-    EXPECT_NE(std::string::npos, errors.find("combo: no entry 'C:'"))
-        << "the list is built at its first drop-down";
+    static std::string Escaped(const std::string& text) {
+        std::string escaped;
+        for (const char c : text) {
+            if (c == '\\' || c == '"') escaped += '\\';
+            escaped += c;
+        }
+        return escaped;
+    }
+    static std::string Selected(int valid, int itemNumber, const std::string& path = std::string(),
+                                const std::string& name = std::string()) {
+        return "{\"event\":\"ItemSel\",\"valid\":" + std::to_string(valid) +
+               ",\"itemNumber\":" + std::to_string(itemNumber) + ",\"path\":\"" + Escaped(path) +
+               "\",\"name\":\"" + Escaped(name) + "\"}";
+    }
+    static std::string State(int cells, int selected, int current, int width, int height,
+                             const std::string& treePath) {
+        return "{\"state\":\"browser\",\"cells\":" + std::to_string(cells) +
+               ",\"selectedIndex\":" + std::to_string(selected) +
+               ",\"currentIndex\":" + std::to_string(current) + ",\"cellWidth\":" + std::to_string(width) +
+               ",\"cellHeight\":" + std::to_string(height) + ",\"treePath\":\"" + Escaped(treePath) + "\"}";
+    }
+    std::vector<std::string> Lines() const {
+        std::vector<std::string> lines;
+        size_t start = 0;
+        while (start < output.size()) {
+            const size_t end = output.find('\n', start);
+            lines.push_back(output.substr(start, end == std::string::npos ? std::string::npos : end - start));
+            start = end == std::string::npos ? output.size() : end + 1;
+        }
+        return lines;
+    }
+    std::string Animals() const { return layout.Path("Animals.QLT"); }
+
+    browsertest::ArtLayout& layout = browsertest::SharedLayout();
+    browsertest::ScopedPrimaryFolder primary{std::nullopt};
+};
+
+TEST_F(ScriptedBrowserTest, TreeComboAndGalleryClicksReportEachSelection) {
+    ASSERT_EQ(0, Run("combo Orrimond\n"
+                     "tree Animals\n"
+                     "state\n"
+                     "click 2\n"
+                     "state\n"
+                     "dblclick 3\n"
+                     "state\n"))
+        << errors;
+    const std::vector<std::string> expected = {
+        Selected(0, 0),  // the combo rebuilt the tree
+        Selected(0, 0),  // a leaf is selected: first nothing
+        Selected(1, 1, Animals()),
+        State(5, 0, 0, 145, 179, "Animals"),
+        Selected(1, 3, Animals()),  // the third cell
+        State(5, 2, 2, 145, 179, "Animals"),
+        Selected(1, 4, Animals()),  // the click before the double click
+        Selected(1, 4, Animals()),  // the double click: the record as it stands, then the event
+        "{\"event\":\"ItemDBClick\"}",
+        State(5, 3, 3, 145, 179, "Animals"),
+    };
+    EXPECT_EQ(expected, Lines()) << output;
+}
+
+TEST_F(ScriptedBrowserTest, SetItemPathIntoAContainerSelectsTheItem) {
+    ASSERT_EQ(0, Run("SetItemPath " + layout.Path("lower\\cats") + " 2\nstate\n")) << errors;
+    const std::string cats = layout.Path("lower\\cats.QLT");
+    const std::vector<std::string> expected = {
+        Selected(0, 0),        // the combo's rebuild
+        Selected(0, 0),        // the leaf's first word
+        Selected(1, 1, cats),  // the container shown
+        Selected(1, 2, cats),  // the position the host asked for
+        State(3, 1, 1, 145, 179, "lower\\cats"),
+    };
+    EXPECT_EQ(expected, Lines()) << output;
+}
+
+TEST_F(ScriptedBrowserTest, ADoubleClickOnAPictureInTheTreeDeliversIt) {
+    ASSERT_EQ(0, Run("combo Orrimond\ntree Types\\photo.jpg\ndblclick-tree\n")) << errors;
+    const std::string photo = layout.Path("Types\\photo.jpg");
+    const std::vector<std::string> expected = {
+        Selected(0, 0),
+        Selected(0, 0),
+        Selected(1, 0, photo),               // combo, tree: the preview
+        Selected(1, 0, photo),               // the double click renders again,
+        Selected(1, 1, photo, "photo.jpg"),  // then delivers the file
+        "{\"event\":\"ItemDBClick\"}",
+    };
+    EXPECT_EQ(expected, Lines()) << output;
+}
+
+TEST_F(ScriptedBrowserTest, KeysTakeTheControlsKeyboardRoad) {
+    ASSERT_EQ(0, Run("combo Orrimond\n"
+                     "tree Animals\n"
+                     "click 0\n"
+                     "key Right\n"
+                     "key Left\n"
+                     "alt S\n"
+                     "state\n"
+                     "alt A\n"
+                     "get AspectRatio\n"
+                     "alt L\n"
+                     "get thumbNailState\n"
+                     "key F5\n"
+                     "state\n"))
+        << errors;
+    const std::vector<std::string> expected = {
+        Selected(0, 0),
+        Selected(0, 0),
+        Selected(1, 1, Animals()),
+        Selected(1, 1, Animals()),          // click 0
+        Selected(1, 2, Animals()),          // Right
+        Selected(1, 1, Animals()),          // Left
+        State(5, 0, 0, 72, 90, "Animals"),  // Alt+S: small cells, the selection kept by number
+        "{\"property\":\"AspectRatio\",\"value\":1}",
+        "{\"property\":\"thumbNailState\",\"value\":1}",
+        Selected(0, 0),  // F5 rebuilds the tree from the combo's entry
+        State(0, 0, 0, 0, 0, ""),
+    };
+    EXPECT_EQ(expected, Lines()) << output;
+}
+
+TEST_F(ScriptedBrowserTest, CommandsThatFindNothingFail) {
+    EXPECT_EQ(1, Run("combo Orrimond\ntree Animals\\nothing\n"));
+    EXPECT_NE(std::string::npos, errors.find("tree: no node 'nothing'")) << errors;
+    EXPECT_EQ(1, Run("combo Nowhere\n"));
+    EXPECT_NE(std::string::npos, errors.find("combo: no entry 'Nowhere'")) << errors;
+    EXPECT_EQ(1, Run("combo Orrimond\ntree Animals\nclick 5\n"));
+    EXPECT_NE(std::string::npos, errors.find("the gallery has 5 cells, no cell 5")) << errors;
+    EXPECT_EQ(2, Run("click first\n"));
+    EXPECT_EQ(2, Run("state now\n"));
 }
 
 TEST_F(ScriptModeTest, AnUnregisteredControlIsAFailure) {

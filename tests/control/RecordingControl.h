@@ -1,25 +1,26 @@
-// A browser::BrowserSurface for tests: it makes a stand-in dialog with the
-// controls that the control addresses, records every call it receives, and
-// answers with whatever the test sets. The test fires the browser's events
-// through Events(), as the browser will.
+// The control with a stand-in for its browser, for tests of the control
+// surface: it replaces the BrowserSurface virtuals that CLumbrelCtrl inherits
+// from its dialog side, records every call that the control makes to them,
+// answers with whatever the test sets, and makes a stand-in dialog with the
+// controls that the control addresses. The fields that the host sets are the
+// real ones of the dialog side (itemPath, initialPosition, doubleClickFlag,
+// largeThumbnails, itemInfo); the stand-in changes nothing there but records.
 #pragma once
 
 #include <string>
 #include <vector>
 
-#include "browser/BrowserSurface.h"
+#include "control/LumbrelCtrl.h"
 #include "framework/win32/Dialog.h"
 
-class RecordingBrowser : public browser::BrowserSurface {
+class RecordingControl : public CLumbrelCtrl {
 public:
-    RecordingBrowser();
-    ~RecordingBrowser() override;
+    RecordingControl();
+    ~RecordingControl() override;
 
-    void AttachEvents(browser::ItemEventSink* sink) override { events_ = sink; }
     bool CreateBrowserWindow(HWND parent) override;
-    HWND BrowserWindow() const override { return dialog_.Handle(); }
+    HWND BrowserWindow() const override { return standIn_.Handle(); }
 
-    void SetItemPath(const std::string& path, long initialPosition) override;
     void SetDoubleClickFlag(BOOL flag) override;
     void SetLargeThumbnails(BOOL large) override;
     void NavigateToPath(const std::string& path, long position) override;
@@ -30,11 +31,10 @@ public:
     void OnLargeThumbnails() override;
     void OnSmallThumbnails() override;
 
-    browser::GraphicItemInfo& ItemInfo() override { return itemInfo; }
     bool GetSelectedPath(std::string* path) override;
     void PrepareDoubleClick(const std::string& path) override;
 
-    browser::GalleryPosition GetGalleryPosition() const override { return gallery; }
+    browser::GalleryPosition GetGalleryPosition() const override { return galleryPosition; }
     void SetGalleryCurrentIndex(int index) override;
     void SetGallerySelection(int index) override;
     bool IsGalleryCellVisible(int index) const override;
@@ -42,28 +42,29 @@ public:
     void SetGalleryTopRow(int row, bool repaint) override;
     void OnGalleryCommand() override;
 
-    browser::ItemEventSink* Events() const { return events_; }
-    HWND Item(int id) const { return ::GetDlgItem(dialog_.Handle(), id); }
+    // ItemSel as the dialog fires it: through the sink that the control
+    // attached to its dialog side.
+    void FireItemSelFromDialog(browser::GraphicItemInfo& info) { CGraphicDlg::FireItemSel(info); }
+    // The control as the dialog's event sink, for ItemDBClick.
+    browser::ItemEventSink* Events() { return this; }
+
+    HWND Item(int id) const { return ::GetDlgItem(standIn_.Handle(), id); }
     // How many recorded calls begin with `prefix`.
     size_t Count(const std::string& prefix) const;
     void ClearCalls() { calls.clear(); }
 
     // What the test sets and reads.
     std::vector<std::string> calls;
-    browser::GraphicItemInfo itemInfo = {};
-    browser::GalleryPosition gallery;
+    browser::GalleryPosition galleryPosition;
     bool cellsVisible = true;
     bool hasSelectedPath = false;
     std::string selectedPath;
     // What PrepareDoubleClick writes to itemInfo.itemNumber.
     int preparedItemNumber = 0;
-    std::string storedPath;
-    long storedPosition = 0;
-    BOOL doubleClickFlag = FALSE;
-    BOOL largeThumbnails = FALSE;
+    // The dialog side's itemPath when NavigateToPath was last called.
+    std::string itemPathAtNavigation;
     bool createFails = false;
 
 private:
-    browser::ItemEventSink* events_ = nullptr;
-    framework::win32::Dialog dialog_;
+    framework::win32::Dialog standIn_;
 };
