@@ -1,15 +1,13 @@
 #include "framework/win32/Window.h"
 
 #include <cstdio>
+#include <string>
 
 #include "framework/win32/Application.h"
 
 namespace framework::win32 {
 
 namespace {
-
-// The property that binds a subclassed window to its object.
-constexpr char kObjectProperty[] = "Lumbrel.Window";
 
 // The coordinates packed in a mouse message's lParam, signed.
 POINT PointFromLParam(LPARAM lParam) {
@@ -44,10 +42,23 @@ bool IsOwnClass(HWND hwnd) {
     return reinterpret_cast<WNDPROC>(::GetClassLongPtrA(hwnd, GCLP_WNDPROC)) == &WindowProcThunk;
 }
 
+// The property that binds a subclassed window to its object. Its name holds
+// this module's address: a program and a control built from these sources
+// each have their own copy of the framework, and one copy must never take
+// the other's objects for its own (their virtual calls cross modules).
+const char* ObjectProperty() {
+    static const std::string name = [] {
+        char text[48];
+        std::snprintf(text, sizeof text, "Lumbrel.Window.%p", static_cast<void*>(CodeModule()));
+        return std::string(text);
+    }();
+    return name.c_str();
+}
+
 Window* Lookup(HWND hwnd) {
     if (hwnd == nullptr) return nullptr;
     if (IsOwnClass(hwnd)) return reinterpret_cast<Window*>(::GetWindowLongPtrA(hwnd, 0));
-    return static_cast<Window*>(::GetPropA(hwnd, kObjectProperty));
+    return static_cast<Window*>(::GetPropA(hwnd, ObjectProperty()));
 }
 
 }  // namespace
@@ -128,7 +139,7 @@ void Window::Bind(HWND hwnd, WNDPROC superProc, bool viaProperty) {
     superProc_ = superProc;
     boundViaProperty_ = viaProperty;
     if (viaProperty)
-        ::SetPropA(hwnd, kObjectProperty, this);
+        ::SetPropA(hwnd, ObjectProperty(), this);
     else
         ::SetWindowLongPtrA(hwnd, 0, reinterpret_cast<LONG_PTR>(this));
 }
@@ -136,7 +147,7 @@ void Window::Bind(HWND hwnd, WNDPROC superProc, bool viaProperty) {
 void Window::Unbind() {
     if (hwnd_ == nullptr) return;
     if (boundViaProperty_) {
-        ::RemovePropA(hwnd_, kObjectProperty);
+        ::RemovePropA(hwnd_, ObjectProperty());
         if (reinterpret_cast<WNDPROC>(::GetWindowLongPtrA(hwnd_, GWLP_WNDPROC)) == &WindowProcThunk)
             ::SetWindowLongPtrA(hwnd_, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(superProc_));
     } else if (::IsWindow(hwnd_)) {
@@ -149,11 +160,11 @@ void Window::Unbind() {
 
 bool Window::SubclassWindow(HWND hwnd) {
     if (hwnd_ != nullptr || hwnd == nullptr || !::IsWindow(hwnd) || Lookup(hwnd) != nullptr) return false;
-    ::SetPropA(hwnd, kObjectProperty, this);
+    ::SetPropA(hwnd, ObjectProperty(), this);
     auto original = reinterpret_cast<WNDPROC>(
         ::SetWindowLongPtrA(hwnd, GWLP_WNDPROC, reinterpret_cast<LONG_PTR>(&WindowProcThunk)));
     if (original == nullptr) {
-        ::RemovePropA(hwnd, kObjectProperty);
+        ::RemovePropA(hwnd, ObjectProperty());
         return false;
     }
     hwnd_ = hwnd;

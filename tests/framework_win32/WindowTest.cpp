@@ -235,6 +235,28 @@ TEST(Window, SubclassedControlReachesTypedHandlersAndCanBeGivenBack) {
     ::DestroyWindow(button);
 }
 
+// A program and a control module each carry a copy of this framework; a
+// window that the other copy bound (by its own property) is not ours.
+TEST(Window, AWindowBoundByAnotherModulesCopyIsNotFound) {
+    HostWindow host;
+    HWND button = ::CreateWindowExA(0, "BUTTON", "b", WS_CHILD, 0, 0, 50, 20, host.Handle(),
+                                    reinterpret_cast<HMENU>(6), nullptr, nullptr);
+    ASSERT_NE(button, nullptr);
+    int foreignObject = 0;
+    for (const char* name : {"Lumbrel.Window", "Lumbrel.Window.0000000012340000"})
+        ASSERT_TRUE(::SetPropA(button, name, &foreignObject));
+    EXPECT_EQ(Window::FromHandle(button), nullptr);
+
+    MessageSequence sequence;
+    RecordingWindow wrapper(sequence, "button");
+    ASSERT_TRUE(wrapper.SubclassWindow(button)) << "the other copy's binding does not stop ours";
+    EXPECT_EQ(Window::FromHandle(button), &wrapper);
+    EXPECT_EQ(wrapper.UnsubclassWindow(), button);
+    EXPECT_EQ(::GetPropA(button, "Lumbrel.Window.0000000012340000"), &foreignObject)
+        << "theirs is left alone";
+    ::DestroyWindow(button);
+}
+
 TEST(Window, PreTranslateWalksFromTheWindowUpToItsParents) {
     HostWindow host;
     MessageSequence sequence;
