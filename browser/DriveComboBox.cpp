@@ -92,15 +92,22 @@ void CDriveComboBox::ResetContent() const {
 
 std::string CDriveComboBox::GetItemText(int index) const {
     if (index < 0) return std::string();
-    char text[MAX_PATH + 1] = {};
-    COMBOBOXEXITEMA item = {};
-    item.mask = CBEIF_TEXT;
-    item.iItem = index;
-    item.pszText = text;
-    item.cchTextMax = MAX_PATH;
-    if (Send(CBEM_GETITEMA, 0, reinterpret_cast<LPARAM>(&item)) == 0) return std::string();
-    text[MAX_PATH] = '\0';
-    return text;
+    // Room for any drive or folder text; grown while an entry (such as the
+    // drive part of a long path from the host) fills it.
+    std::vector<char> text(MAX_PATH + 1);
+    for (;;) {
+        COMBOBOXEXITEMA item = {};
+        item.mask = CBEIF_TEXT;
+        item.iItem = index;
+        item.pszText = text.data();
+        item.cchTextMax = static_cast<int>(text.size() - 1);
+        text[0] = '\0';
+        if (Send(CBEM_GETITEMA, 0, reinterpret_cast<LPARAM>(&item)) == 0) return std::string();
+        text.back() = '\0';
+        const std::string result(text.data());
+        if (result.size() + 2 < text.size() || text.size() >= 0x10000) return result;
+        text.resize(text.size() * 2);
+    }
 }
 
 std::string CDriveComboBox::GetCurrentText() const {

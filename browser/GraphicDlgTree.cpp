@@ -145,6 +145,8 @@ void CGraphicDlg::AddChildPlaceholders(const std::string& directoryPath, HTREEIT
 }
 
 int CGraphicDlg::FillTreeChildren(const std::string& directoryPath, HTREEITEM item) {
+    // No item is no place to fill; the tree would take it for its first root.
+    if (item == nullptr) return 1;
     WaitCursor wait;
     DirectorySearch search(directoryPath);
     // A second expansion reads the disk again: what was there goes, the
@@ -231,13 +233,13 @@ void CGraphicDlg::OnTreeItemExpanding(NMHDR* notification, LRESULT* result) {
     try {
         const auto* change = reinterpret_cast<const NMTREEVIEWA*>(notification);
         // Collapsing keeps the children until the next expansion.
-        if (change->action == TVE_EXPAND) ExpandTreeItem(change->itemNew.hItem);
+        if (change != nullptr && change->action == TVE_EXPAND) ExpandTreeItem(change->itemNew.hItem);
     } catch (int line) {
         LUMBREL_TRACE_THROWN_LINE(LUMBREL_SOURCE_NAME, line);
     } catch (...) {
         foundation::ReportUnexpectedException(LUMBREL_SOURCE_NAME, __LINE__);
     }
-    *result = 0;
+    if (result != nullptr) *result = 0;
 }
 
 }  // namespace browser

@@ -52,6 +52,13 @@ bool Exists(const std::string& path) {
     return PathExistsOnDisk(path);
 }
 
+// The gallery index of a 1-based position: 0 gives -1, which selects
+// nothing. Counted in 32 bits without sign, as the host's number is, so that
+// the lowest position wraps round instead of overflowing.
+int GalleryIndexOfPosition(long position) {
+    return static_cast<int>(static_cast<uint32_t>(position) - 1u);
+}
+
 }  // namespace
 
 // ---- The end of start-up -------------------------------------------------------------
@@ -125,7 +132,7 @@ void CGraphicDlg::RenderPicture(const std::string&, PreviewRequest& request) {
 // ---- Tree selection ------------------------------------------------------------------
 
 void CGraphicDlg::OnTreeSelChanged(NMHDR* notification, LRESULT* result) {
-    if (treeNotifyEnabled == 0) return;
+    if (treeNotifyEnabled == 0 || notification == nullptr) return;
     std::vector<uint8_t> buffer;
     try {
         if (gallery && gallery->GetItemCount() == 0) {
@@ -305,11 +312,11 @@ void CGraphicDlg::NavigateToPath(const std::string& pathArgument, long position)
             if (attributes == FILE_ATTRIBUTE_DIRECTORY || pathArgument.empty()) itemPath.clear();
             if (!Exists(itemPath)) return;
             if (gallery) {
-                gallery->SetSelection(static_cast<int>(position) - 1);
-                gallery->EnsureVisible(static_cast<int>(position) - 1);
+                gallery->SetSelection(GalleryIndexOfPosition(position));
+                gallery->EnsureVisible(GalleryIndexOfPosition(position));
             }
         } else {
-            if (gallery) gallery->SetSelection(static_cast<int>(position) - 1);
+            if (gallery) gallery->SetSelection(GalleryIndexOfPosition(position));
             ResetGalleryScrollBar();
         }
         GraphicItemInfo finished = MakeItemInfo(1, static_cast<int32_t>(position), itemPath);

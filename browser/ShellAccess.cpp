@@ -28,7 +28,24 @@ private:
     LPITEMIDLIST list_ = nullptr;
 };
 
+ShellFileInfoFunction& CurrentShellFileInfo() {
+    static ShellFileInfoFunction function = nullptr;
+    return function;
+}
+
+DWORD_PTR ShellFileInfo(const std::string& path, SHFILEINFOA* info, UINT flags) {
+    const ShellFileInfoFunction function = CurrentShellFileInfo();
+    if (function != nullptr) return function(path.c_str(), 0, info, sizeof *info, flags);
+    return ::SHGetFileInfoA(path.c_str(), 0, info, sizeof *info, flags);
+}
+
 }  // namespace
+
+ShellFileInfoFunction SetShellFileInfoFunction(ShellFileInfoFunction function) {
+    const ShellFileInfoFunction previous = CurrentShellFileInfo();
+    CurrentShellFileInfo() = function;
+    return previous;
+}
 
 std::string GetSpecialFolderPath(int folder) {
     ItemList list;
@@ -65,7 +82,7 @@ std::vector<std::string> LogicalDriveRoots(DWORD bufferSize) {
 
 int ShellIconIndex(const std::string& path, UINT flags, bool* answered) {
     SHFILEINFOA info = {};
-    const DWORD_PTR result = ::SHGetFileInfoA(path.c_str(), 0, &info, sizeof info, flags);
+    const DWORD_PTR result = ShellFileInfo(path, &info, flags);
     if (answered != nullptr) *answered = result != 0;
     if (info.hIcon != nullptr) ::DestroyIcon(info.hIcon);
     return info.iIcon;
@@ -73,7 +90,7 @@ int ShellIconIndex(const std::string& path, UINT flags, bool* answered) {
 
 HIMAGELIST SystemSmallImageList(const std::string& path) {
     SHFILEINFOA info = {};
-    const DWORD_PTR list = ::SHGetFileInfoA(path.c_str(), 0, &info, sizeof info, kSystemSmallIconIndex);
+    const DWORD_PTR list = ShellFileInfo(path, &info, kSystemSmallIconIndex);
     if (info.hIcon != nullptr) ::DestroyIcon(info.hIcon);
     return reinterpret_cast<HIMAGELIST>(list);
 }

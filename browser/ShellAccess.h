@@ -6,6 +6,7 @@
 #include <windows.h>
 
 #include <commctrl.h>
+#include <shellapi.h>
 
 #include <string>
 #include <vector>
@@ -34,6 +35,13 @@ HRESULT QuerySpecialFolderLocation(int folder);
 // of `bufferSize` bytes; empty when it writes nothing. Only what lies within
 // the buffer is read, so a system that needs more room gives fewer roots.
 std::vector<std::string> LogicalDriveRoots(DWORD bufferSize);
+
+// How the browser asks the shell about a file: SHGetFileInfoA's signature.
+// Replaceable, so that tests can have the shell answer nothing; a null
+// function stands for the system's own. Returns the one it replaces.
+using ShellFileInfoFunction = DWORD_PTR (*)(const char* path, DWORD attributes, SHFILEINFOA* info,
+                                            UINT infoSize, UINT flags);
+ShellFileInfoFunction SetShellFileInfoFunction(ShellFileInfoFunction function);
 
 // SHGetFileInfo with `flags` on `path`: the icon index it reports (0 when it
 // reports nothing, as the zeroed record says), its result in *answered, and

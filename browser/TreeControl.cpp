@@ -71,12 +71,17 @@ bool TreeControl::GetItemImages(HTREEITEM item, int* image, int* selectedImage) 
 }
 
 bool TreeControl::ItemHasChildren(HTREEITEM item) const {
-    if (item == nullptr) return false;
+    // A null item would ask for the first root instead.
+    return item != nullptr && GetChildItem(item) != nullptr;
+}
+
+int TreeControl::GetChildrenCount(HTREEITEM item) const {
+    if (item == nullptr) return -1;
     TVITEMA query = {};
     query.mask = TVIF_CHILDREN;
     query.hItem = item;
-    if (Send(TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&query)) == 0) return false;
-    return query.cChildren != 0;
+    if (Send(TVM_GETITEMA, 0, reinterpret_cast<LPARAM>(&query)) == 0) return -1;
+    return query.cChildren;
 }
 
 HTREEITEM TreeControl::GetNextItem(HTREEITEM item, UINT relation) const {

@@ -34,10 +34,14 @@ public:
     std::string GetItemText(HTREEITEM item) const;
     // False when the item does not answer.
     bool GetItemImages(HTREEITEM item, int* image, int* selectedImage) const;
-    // The item's children count as the tree reports it: the one given at
-    // insertion, or, for an item inserted without one, whether it has child
-    // items now.
+    // Whether child items stand below `item` now. A drive of the "MyComputer"
+    // view shows its button before it was ever read, but has no children
+    // until it is expanded: that is the children count, not this.
     bool ItemHasChildren(HTREEITEM item) const;
+    // The children count as the tree reports it, which decides its button:
+    // the one given at insertion, or, for an item inserted without one,
+    // whether it has child items now. -1 when the item does not answer.
+    int GetChildrenCount(HTREEITEM item) const;
 
     HTREEITEM GetNextItem(HTREEITEM item, UINT relation) const;
     HTREEITEM GetChildItem(HTREEITEM item) const { return GetNextItem(item, TVGN_CHILD); }

@@ -284,6 +284,26 @@ char FreeDriveLetter() {
     return 0;
 }
 
+std::vector<std::string> SystemDriveRoots() {
+    std::vector<char> buffer(4096, '\0');
+    const DWORD written = ::GetLogicalDriveStringsA(static_cast<DWORD>(buffer.size() - 2), buffer.data());
+    std::vector<std::string> roots;
+    if (written == 0 || written >= buffer.size() - 2) return roots;
+    for (const char* root = buffer.data(); *root != '\0'; root += std::strlen(root) + 1)
+        roots.emplace_back(root);
+    return roots;
+}
+
+int ExpectedDriveImage(const std::string& root) {
+    switch (::GetDriveTypeA(root.c_str())) {
+        case DRIVE_REMOVABLE: return 5;
+        case DRIVE_FIXED: return 4;
+        case DRIVE_REMOTE: return 7;
+        case DRIVE_CDROM: return 6;
+        default: return 4;
+    }
+}
+
 ScopedDrive::ScopedDrive(char letter, const std::string& folder, UINT type)
     : letter_(letter), folder_(folder) {
     const std::string unix = UnixPathOf(folder);

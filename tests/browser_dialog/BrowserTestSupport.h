@@ -107,6 +107,12 @@ private:
 std::string UnixPathOf(const std::string& windowsPath);
 // A drive letter that no drive uses, counted down from 'Y'; 0 when none is free.
 char FreeDriveLetter();
+// The root strings of the system's drives ("C:\\"), in the system's order,
+// read with room to spare.
+std::vector<std::string> SystemDriveRoots();
+// The drive list's image for a root, from the drive's type: 5 removable,
+// 4 fixed, 7 remote, 6 CD-ROM, 4 for anything else.
+int ExpectedDriveImage(const std::string& root);
 
 // A drive letter mapped to a folder through Wine's mount manager, with the
 // type GetDriveType reports (DRIVE_CDROM, DRIVE_REMOVABLE, ...); removed

@@ -2,11 +2,14 @@
 // image strip, the fields a new dialog starts with, start-up (system image
 // list, gallery over control 212, anchors, radio 1087, the primary folder),
 // the layout after resizes, and teardown.
+#include <windows.h>
+
+#include <shellapi.h>
+
 #include <cstring>
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
-#include "browser/ShellAccess.h"
 #include "framework/win32/GdiHandles.h"
 #include "thumbnails/BitmapKernel.h"
 #include "thumbnails/ThumbnailLibrary.h"
@@ -90,7 +93,7 @@ DialogTemplate ParseTemplate(HMODULE module, int id) {
         if (ordinal == 0x82) className = L"STATIC";
         control.className = UpperAscii(className);
         at = ReadNameOrOrdinal(at, &text, &ordinal);
-        control.text = UpperAscii(text) == UpperAscii(text) ? std::string(text.begin(), text.end()) : "";
+        for (wchar_t c : text) control.text.push_back(static_cast<char>(c));
         const WORD extra = *at++;
         at = reinterpret_cast<const WORD*>(reinterpret_cast<const BYTE*>(at) + extra);
         result.controls.push_back(control);
@@ -166,6 +169,17 @@ TEST(BrowserResources, TheImageStripHasEightPicturesAndTransparentSlots) {
     EXPECT_EQ(18 * 18, whitePixels(2)) << "the unused slot is all mask";
     EXPECT_EQ(18 * 18, whitePixels(8)) << "so is the ninth, cut one";
     for (int image : {0, 1, 3, 4, 5, 6, 7}) EXPECT_LT(whitePixels(image), 18 * 18 - 20) << image;
+    // Each drawn picture is a picture of its own: no two slots are alike.
+    const auto slot = [&](int image) {
+        std::vector<COLORREF> pixels;
+        for (int y = 0; y < 18; ++y)
+            for (int x = 0; x < 18; ++x) pixels.push_back(::GetPixel(dc.Get(), image * 18 + x, y));
+        return pixels;
+    };
+    const int drawn[] = {0, 1, 3, 4, 5, 6, 7};
+    for (size_t i = 0; i < std::size(drawn); ++i)
+        for (size_t j = i + 1; j < std::size(drawn); ++j)
+            EXPECT_NE(slot(drawn[i]), slot(drawn[j])) << drawn[i] << " and " << drawn[j];
 }
 
 // ---- A new dialog -------------------------------------------------------------------
@@ -235,6 +249,28 @@ TEST_F(DialogSetupTest, WithTheKeyButNoValueThePrimaryFolderIsTheValuesName) {
     EXPECT_EQ("Primary Graphics Folder", harness.Dialog().primaryFolder);
 }
 
+TEST_F(DialogSetupTest, APrimaryFolderValueIsReadIntoTwoHundredAndFiftySixBytes) {
+    // 255 characters and the terminator fill the room exactly.
+    const std::string fits = "C:\\" + std::string(252, 'f');
+    ScopedPrimaryFolder primary{fits};
+    {
+        DialogHarness harness;
+        ASSERT_TRUE(harness.Create());
+        EXPECT_EQ(fits, harness.Dialog().primaryFolder);
+        EXPECT_EQ(nullptr, harness.Tree().GetRootItem());
+    }
+    // One more does not fit: the value counts as missing, here and when navigating.
+    primary.Set(fits + "g");
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    EXPECT_EQ("Primary Graphics Folder", harness.Dialog().primaryFolder);
+    EXPECT_EQ(nullptr, harness.Tree().GetRootItem());
+    harness.Dialog().NavigateToPath(layout.Path("Animals"), 1);
+    EXPECT_TRUE(harness.sink.events.empty());
+    EXPECT_EQ(-1, harness.Dialog().lastPosition);
+    EXPECT_EQ(0, harness.Combo().GetCount());
+}
+
 TEST_F(DialogSetupTest, TheStartFillsTheTreeFromThePrimaryFolderAndLeavesTheComboBlank) {
     ScopedPrimaryFolder primary{layout.Primary()};
     DialogHarness harness;
@@ -259,7 +295,9 @@ TEST_F(DialogSetupTest, TheTreeShowsTheSystemsSmallIcons) {
     ScopedPrimaryFolder primary{layout.Primary()};
     DialogHarness harness;
     ASSERT_TRUE(harness.Create());
-    const HIMAGELIST system = browser::SystemSmallImageList("c:\\");
+    SHFILEINFOA root = {};
+    const auto system = reinterpret_cast<HIMAGELIST>(
+        ::SHGetFileInfoA("c:\\", 0, &root, sizeof root, SHGFI_SYSICONINDEX | SHGFI_SMALLICON));
     ASSERT_NE(nullptr, system);
     EXPECT_EQ(reinterpret_cast<LRESULT>(system),
               ::SendMessageA(harness.Tree().Handle(), TVM_GETIMAGELIST, TVSIL_NORMAL, 0));
@@ -267,8 +305,14 @@ TEST_F(DialogSetupTest, TheTreeShowsTheSystemsSmallIcons) {
     EXPECT_EQ(system, harness.Dialog().systemImageList->Get());
     char windows[MAX_PATH] = {};
     ::GetWindowsDirectoryA(windows, MAX_PATH);
-    EXPECT_EQ(browser::ShellIconIndex(windows, browser::kSystemSmallIconIndex),
-              harness.Dialog().folderIconIndex);
+    SHFILEINFOA folder = {};
+    ::SHGetFileInfoA(windows, 0, &folder, sizeof folder, SHGFI_SYSICONINDEX | SHGFI_SMALLICON);
+    EXPECT_EQ(folder.iIcon, harness.Dialog().folderIconIndex);
+    // A picture's icon must not look like a folder.
+    SHFILEINFOA picture = {};
+    ::SHGetFileInfoA(layout.Path("single.bmp").c_str(), 0, &picture, sizeof picture,
+                     SHGFI_SYSICONINDEX | SHGFI_SMALLICON);
+    EXPECT_NE(folder.iIcon, picture.iIcon);
 }
 
 TEST_F(DialogSetupTest, TheGalleryLiesOverItsPlaceholder) {
@@ -362,16 +406,66 @@ TEST_F(DialogSetupTest, ResizingMovesAndStretchesByTheAnchors) {
     }
     const auto& anchors = harness.Dialog().Anchors();
     ASSERT_EQ(7u, anchors.size());
+    // Stay 0, stretch 1, move 2, per axis.
+    const int modes[7][2] = {{0, 0}, {0, 1}, {0, 2}, {0, 2}, {0, 2}, {1, 1}, {1, 1}};
     for (size_t i = 0; i < anchors.size(); ++i) {
         EXPECT_EQ(ids[i], anchors[i].controlId) << "anchors in their order";
+        EXPECT_EQ(modes[i][0], anchors[i].horizontalMode) << ids[i];
+        EXPECT_EQ(modes[i][1], anchors[i].verticalMode) << ids[i];
         EXPECT_TRUE(anchors[i].clipOnErase) << ids[i];
     }
 }
+
+TEST_F(DialogSetupTest, TheHostMayShrinkTheDialogBelowItsFirstSize) {
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+    ASSERT_TRUE(harness.Create());
+    const RECT tree = harness.Dialog().Anchors()[1].rect;
+    const RECT gallery = harness.Dialog().Anchors()[6].rect;
+    const RECT large = harness.Dialog().Anchors()[3].rect;
+    const int dx = -(gallery.right - gallery.left) - 30;
+    const int dy = -(tree.bottom - tree.top) - 40;
+    harness.ResizeBy(dx, dy);
+    RECT window = {};
+    ::GetWindowRect(harness.Dialog().Handle(), &window);
+    EXPECT_TRUE(::EqualRect(&window, &harness.Dialog().LastRect()));
+    // The children go on following the change, into negative sizes.
+    const auto& anchors = harness.Dialog().Anchors();
+    EXPECT_EQ(tree.bottom + dy, anchors[1].rect.bottom);
+    EXPECT_LT(anchors[1].rect.bottom, anchors[1].rect.top);
+    EXPECT_EQ(gallery.right + dx, anchors[6].rect.right);
+    EXPECT_LT(anchors[6].rect.right, anchors[6].rect.left);
+    EXPECT_EQ(large.top + dy, anchors[3].rect.top);
+    EXPECT_EQ(large.left, anchors[3].rect.left);
+    // And back: every child stands where it stood.
+    harness.ResizeBy(-dx, -dy);
+    for (size_t i = 0; i < anchors.size(); ++i) {
+        const RECT now = harness.ChildRect(harness.Item(anchors[i].controlId));
+        EXPECT_TRUE(::EqualRect(&anchors[i].rect, &now)) << anchors[i].controlId;
+    }
+    EXPECT_TRUE(::EqualRect(&tree, &anchors[1].rect));
+    EXPECT_TRUE(::EqualRect(&gallery, &anchors[6].rect));
+}
+
+// A cell that notes, when the gallery deletes it, how many items the
+// thumbnail library still held.
+class TeardownProbe final : public gallery::CTPGalleryItem {
+public:
+    explicit TeardownProbe(int* libraryItemsAtDeletion) : seen_(libraryItemsAtDeletion) {}
+    ~TeardownProbe() override { *seen_ = thumbnails::CThumbnailLibrary::GetInstance()->GetItemCount(); }
+    int GetWidth(BOOL) const override { return 10; }
+    int GetHeight(BOOL) const override { return 10; }
+    void Draw(HDC, const RECT*, DWORD, BOOL) override {}
+
+private:
+    int* seen_;
+};
 
 TEST_F(DialogSetupTest, TeardownEmptiesTheLibraryFirstAndLeavesTheSystemsList) {
     ScopedPrimaryFolder primary{layout.Primary()};
     const size_t live = imaging::kernel::LiveStorageCount();
     HIMAGELIST system = nullptr;
+    int libraryItemsAtDeletion = -1;
     {
         DialogHarness harness;
         ASSERT_TRUE(harness.Create());
@@ -381,7 +475,10 @@ TEST_F(DialogSetupTest, TeardownEmptiesTheLibraryFirstAndLeavesTheSystemsList) {
         ASSERT_EQ(5, harness.Gallery().GetItemCount());
         EXPECT_EQ(live + 5, imaging::kernel::LiveStorageCount());
         system = harness.Dialog().systemImageList->Get();
+        harness.Gallery().AddItem(std::make_unique<TeardownProbe>(&libraryItemsAtDeletion), FALSE);
+        ASSERT_EQ(5, thumbnails::CThumbnailLibrary::GetInstance()->GetItemCount());
     }
+    EXPECT_EQ(0, libraryItemsAtDeletion) << "the library was emptied before the gallery's cells went";
     EXPECT_EQ(0, thumbnails::CThumbnailLibrary::GetInstance()->GetItemCount());
     EXPECT_EQ(live, imaging::kernel::LiveStorageCount()) << "every thumbnail's pixels were given back";
     EXPECT_GT(::ImageList_GetImageCount(system), 0) << "the shell's list is not destroyed";

@@ -44,17 +44,15 @@ protected:
     // The full list as it must be for the drives the system has now.
     Texts ExpectedList() {
         Texts texts = {"Desktop", "MyComputer"};
-        for (const std::string& root : browser::LogicalDriveRoots(128))
-            texts.push_back(WithoutBackslash(root));
+        for (const std::string& root : SystemDriveRoots()) texts.push_back(WithoutBackslash(root));
         texts.push_back("Orrimond");
         return texts;
     }
     std::vector<Look> ExpectedLooks() {
-        const std::vector<std::string> roots = browser::LogicalDriveRoots(128);
+        const std::vector<std::string> roots = SystemDriveRoots();
         const int n = static_cast<int>(roots.size());
         std::vector<Look> looks = {{0, 0}, {3, 1 & n}};
-        for (const std::string& root : roots)
-            looks.push_back({browser::ImageForDriveType(::GetDriveTypeA(root.c_str())), 2 & n});
+        for (const std::string& root : roots) looks.push_back({ExpectedDriveImage(root), 2 & n});
         looks.push_back({1, 0});
         return looks;
     }
@@ -90,6 +88,16 @@ TEST_F(DriveComboTest, TheFirstDropDownBuildsTheListInItsOrder) {
     EXPECT_TRUE(harness.Combo().populated);
     EXPECT_EQ(ExpectedList(), harness.ComboTexts());
     EXPECT_EQ(ExpectedLooks(), Looks());
+    // Each entry shows the same image selected, with no overlay.
+    for (int i = 0; i < harness.Combo().GetCount(); ++i) {
+        COMBOBOXEXITEMA item = {};
+        item.mask = CBEIF_IMAGE | CBEIF_SELECTEDIMAGE | CBEIF_OVERLAY;
+        item.iItem = i;
+        ASSERT_NE(
+            0, ::SendMessageA(harness.Combo().Handle(), CBEM_GETITEMA, 0, reinterpret_cast<LPARAM>(&item)));
+        EXPECT_EQ(item.iImage, item.iSelectedImage) << i;
+        EXPECT_EQ(0, item.iOverlay) << i;
+    }
     EXPECT_EQ(CB_ERR, harness.Combo().GetCurSel()) << "a blank combo stays without a selection";
 }
 
@@ -144,13 +152,13 @@ TEST_F(DriveComboTest, IndentsAreTheBitwiseAndsOfTheDriveCount) {
     // with four by 0 and 0.
     Disk disk;
     std::vector<std::unique_ptr<ScopedDrive>> drives;
-    for (int n = static_cast<int>(browser::LogicalDriveRoots(128).size()); n < 3; ++n) {
+    for (int n = static_cast<int>(SystemDriveRoots().size()); n < 3; ++n) {
         disk.Folder("x" + std::to_string(n));
         drives.push_back(std::make_unique<ScopedDrive>(FreeDriveLetter(), disk.Path("x" + std::to_string(n)),
                                                        DRIVE_FIXED));
         if (!drives.back()->Ok()) GTEST_SKIP() << "no mount manager to make a drive with";
     }
-    if (browser::LogicalDriveRoots(128).size() != 3) GTEST_SKIP() << "the prefix has more than three drives";
+    if (SystemDriveRoots().size() != 3) GTEST_SKIP() << "the prefix has more than three drives";
     harness.DropDown();
     std::vector<Look> looks = Looks();
     ASSERT_EQ(6u, looks.size());
@@ -184,7 +192,7 @@ TEST_F(DriveComboTest, TheImageListIsTheStripOfEighteenPixelPictures) {
 TEST_F(DriveComboTest, ASingleEntryIsTheDriveOrTheProductEntry) {
     harness.Dialog().ResetDriveCombo("C:");
     EXPECT_EQ((Texts{"C:"}), harness.ComboTexts());
-    EXPECT_EQ((std::vector<Look>{{browser::ImageForDriveType(::GetDriveTypeA("C:\\")), 1}}), Looks());
+    EXPECT_EQ((std::vector<Look>{{ExpectedDriveImage("C:\\"), 1}}), Looks());
     EXPECT_EQ(0, harness.Combo().GetCurSel());
 
     harness.Dialog().ResetDriveCombo("");
@@ -257,6 +265,32 @@ TEST_F(DriveComboTest, ChoosingAnEntryRebuildsTheTreeAndTellsTheHostNothingIsSel
     EXPECT_EQ(0, bar.nPos);
     EXPECT_EQ(nullptr, harness.Tree().GetSelectedItem()) << "the old tree is gone";
     EXPECT_EQ(1, harness.Dialog().treeNotifyEnabled);
+}
+
+TEST_F(DriveComboTest, TheHostIsToldOnlyAfterTheOldTreeAndGalleryAreGone) {
+    harness.DropDown();
+    harness.Choose("Orrimond");
+    harness.Select(harness.At({"Animals"}));
+    ASSERT_EQ(5, harness.Gallery().GetItemCount());
+    harness.sink.Clear();
+    bool treeEmpty = false;
+    int items = -1;
+    SIZE cell = {-1, -1};
+    int notifying = -1;
+    harness.sink.onItemSel = [&](GraphicItemInfo&) {
+        treeEmpty = harness.Tree().GetRootItem() == nullptr;
+        items = harness.Gallery().GetItemCount();
+        cell = harness.Gallery().GetCellSize();
+        notifying = harness.Dialog().treeNotifyEnabled;
+    };
+    harness.Choose("Desktop");
+    harness.sink.onItemSel = nullptr;
+    EXPECT_TRUE(SameRecords({NothingSelected()}, harness.sink.Records()));
+    EXPECT_TRUE(treeEmpty);
+    EXPECT_EQ(0, items);
+    EXPECT_EQ(0, cell.cx);
+    EXPECT_EQ(0, cell.cy);
+    EXPECT_EQ(1, notifying) << "the tree's notifications are back on before the host hears";
 }
 
 TEST_F(DriveComboTest, TheControlsOwnSelectionChangeReachesTheCombo) {

@@ -1,6 +1,10 @@
 // The tree: what the top of a view shows and hides, the placeholders that
 // give folders their buttons, expansion, the "MyComputer" view and the paths
 // rebuilt from the item texts.
+#include <windows.h>
+
+#include <shellapi.h>
+
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
 #include "browser/ShellAccess.h"
@@ -25,7 +29,15 @@ protected:
         harness.Choose("Orrimond");
     }
     int FolderImage() { return harness.Dialog().folderIconIndex; }
-    int IconOf(const std::string& path) { return browser::ShellIconIndex(path, browser::kSmallFileIcon); }
+    // The shell's small-icon index of a file, asked of the shell itself.
+    static int IconOf(const std::string& path) {
+        SHFILEINFOA info = {};
+        ::SHGetFileInfoA(path.c_str(), 0, &info, sizeof info, SHGFI_ICON | SHGFI_SMALLICON);
+        if (info.hIcon != nullptr) ::DestroyIcon(info.hIcon);
+        return info.iIcon;
+    }
+    // Whether the tree draws an expand button: its children count.
+    bool ShowsButton(HTREEITEM item) { return harness.Tree().GetChildrenCount(item) > 0; }
     std::string SelectedPath() { return harness.Dialog().GetSelectedPath(); }
 
     ArtLayout& layout = SharedLayout();
@@ -57,9 +69,64 @@ TEST_F(FolderTreeTest, PlaceholdersAtTheTopNameTheFirstContent) {
     for (const char* name : {"Empty", "Others"}) {
         const HTREEITEM item = harness.At({name});
         EXPECT_TRUE(harness.Texts(item).empty()) << name;
-        EXPECT_FALSE(harness.Tree().ItemHasChildren(item)) << name << " has no button";
+        EXPECT_FALSE(ShowsButton(item)) << name << " has no button";
     }
-    EXPECT_TRUE(harness.Tree().ItemHasChildren(folder));
+    EXPECT_TRUE(ShowsButton(folder));
+    EXPECT_TRUE(ShowsButton(picture));
+    EXPECT_TRUE(ShowsButton(container));
+}
+
+// A shell that gives no answer for files named "fail.jpg" and icon 42 for
+// other pictures; anything else it asks the system.
+DWORD_PTR PartialShell(const char* path, DWORD attributes, SHFILEINFOA* info, UINT size, UINT flags) {
+    const std::string text = path;
+    const auto endsWith = [&text](const std::string& tail) {
+        return text.size() >= tail.size() && text.compare(text.size() - tail.size(), tail.size(), tail) == 0;
+    };
+    if (endsWith("\\fail.jpg")) return 0;
+    if (endsWith(".jpg") && flags == (SHGFI_ICON | SHGFI_SMALLICON)) {
+        info->iIcon = 42;
+        return 1;
+    }
+    return ::SHGetFileInfoA(path, attributes, info, size, flags);
+}
+
+class ScopedShell {
+public:
+    explicit ScopedShell(browser::ShellFileInfoFunction function)
+        : previous_(browser::SetShellFileInfoFunction(function)) {}
+    ~ScopedShell() { browser::SetShellFileInfoFunction(previous_); }
+    ScopedShell(const ScopedShell&) = delete;
+    ScopedShell& operator=(const ScopedShell&) = delete;
+
+private:
+    browser::ShellFileInfoFunction previous_;
+};
+
+TEST_F(FolderTreeTest, APictureTheShellGivesNoIconForIsImageOneAtTheTopAndZeroBelow) {
+    Disk disk;
+    disk.File("P\\fail.jpg", JpegPicture(8, 8));
+    disk.File("P\\ok.jpg", JpegPicture(8, 8));
+    disk.File("P\\Lone\\fail.jpg", JpegPicture(8, 8));
+    disk.File("P\\Shelf\\fail.jpg", JpegPicture(8, 8));
+    disk.File("P\\Shelf\\ok.jpg", JpegPicture(8, 8));
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    ScopedShell shell(&PartialShell);
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    ASSERT_EQ((Texts{"fail.jpg", "Lone", "ok.jpg", "Shelf"}), fresh.Texts(TVI_ROOT));
+    EXPECT_EQ(1, fresh.ImageOf(fresh.At({"fail.jpg"}))) << "the top of a view falls back to image 1";
+    EXPECT_EQ(1, fresh.SelectedImageOf(fresh.At({"fail.jpg"})));
+    EXPECT_EQ(42, fresh.ImageOf(fresh.At({"ok.jpg"})));
+    EXPECT_EQ(1, fresh.ImageOf(fresh.At({"Lone", "fail.jpg"}))) << "so does a placeholder made there";
+    const HTREEITEM shelf = fresh.At({"Shelf"});
+    fresh.Expand(shelf);
+    ASSERT_EQ((Texts{"fail.jpg", "ok.jpg"}), fresh.Texts(shelf));
+    EXPECT_EQ(0, fresh.ImageOf(fresh.Find(shelf, "fail.jpg"))) << "below the top the zeroed answer stands";
+    EXPECT_EQ(0, fresh.SelectedImageOf(fresh.Find(shelf, "fail.jpg")));
+    EXPECT_EQ(42, fresh.ImageOf(fresh.Find(shelf, "ok.jpg")));
 }
 
 TEST_F(FolderTreeTest, FoldersAndContainersShowTheFolderImageAndPicturesTheirOwn) {
@@ -97,7 +164,7 @@ TEST_F(FolderTreeTest, FoldersBelowTheTopGetTempPlaceholders) {
         EXPECT_EQ((Texts{"TEMP"}), harness.Texts(harness.At({"Gallery", name}))) << name;
     for (const char* name : {"Empty", "Others", "Borders", "Backgrounds"}) {
         EXPECT_TRUE(harness.Texts(harness.At({"Gallery", name})).empty()) << name;
-        EXPECT_FALSE(harness.Tree().ItemHasChildren(harness.At({"Gallery", name}))) << name;
+        EXPECT_FALSE(ShowsButton(harness.At({"Gallery", name}))) << name;
     }
     const HTREEITEM placeholder = harness.Tree().GetChildItem(harness.At({"Gallery", "Boxed"}));
     EXPECT_EQ(FolderImage(), harness.ImageOf(placeholder));
@@ -159,6 +226,23 @@ TEST_F(FolderTreeTest, EveryExpansionReadsTheDiskAgainAndCollapsingKeepsTheChild
     EXPECT_EQ((Texts{"b.jpg"}), fresh.Texts(shelf));
 }
 
+TEST_F(FolderTreeTest, NoItemAndNoNotificationChangeNothing) {
+    ASSERT_EQ(kPrimaryTop, harness.Texts(TVI_ROOT));
+    harness.sink.Clear();
+    EXPECT_EQ(1, harness.Dialog().FillTreeChildren(layout.Path("Gallery"), nullptr));
+    EXPECT_EQ(kPrimaryTop, harness.Texts(TVI_ROOT)) << "the roots are not taken for the children of nothing";
+    harness.Dialog().ExpandTreeItem(nullptr);
+    LRESULT result = 7;
+    harness.Dialog().OnTreeItemExpanding(nullptr, &result);
+    EXPECT_EQ(0, result);
+    harness.Dialog().OnTreeItemExpanding(nullptr, nullptr);
+    result = 7;
+    harness.Dialog().OnTreeSelChanged(nullptr, &result);
+    EXPECT_EQ(7, result);
+    EXPECT_EQ(kPrimaryTop, harness.Texts(TVI_ROOT));
+    EXPECT_TRUE(harness.sink.events.empty());
+}
+
 TEST_F(FolderTreeTest, WithTheComboBlankPathsBeginWithABackslash) {
     ASSERT_EQ("", harness.Combo().GetCurrentText());
     harness.Select(harness.At({"Gallery"}));
@@ -195,6 +279,14 @@ TEST_F(FolderTreeTest, TheDesktopViewReadsTheShellsDesktopFolder) {
     EXPECT_EQ((Texts{"pin.jpg"}), harness.Texts(harness.At({"Board"})));
     harness.Select(harness.At({"photo.bmp"}));
     EXPECT_EQ(desktop.Path("photo.bmp"), SelectedPath());
+    desktop.File("Board\\note.txt", Bytes{'x'});
+    desktop.File("Board\\Textures\\t.jpg", JpegPicture(8, 8));
+    harness.Expand(harness.At({"Board"}));
+    EXPECT_EQ((Texts{"pin.jpg", "Textures"}), harness.Texts(harness.At({"Board"})))
+        << "expansion reads below the Desktop, where nothing is hidden";
+    EXPECT_EQ((Texts{"TEMP"}), harness.Texts(harness.At({"Board", "Textures"})));
+    harness.Select(harness.At({"Board", "pin.jpg"}));
+    EXPECT_EQ(desktop.Path("Board\\pin.jpg"), SelectedPath());
 }
 
 TEST_F(FolderTreeTest, ADriveViewStartsAtTheDrivesRoot) {
@@ -205,8 +297,13 @@ TEST_F(FolderTreeTest, ADriveViewStartsAtTheDrivesRoot) {
     EXPECT_EQ(kPrimaryTop, harness.Texts(TVI_ROOT))
         << "the top of a drive hides what the top of a view hides";
     harness.Expand(harness.At({"Gallery"}));
+    EXPECT_EQ((Texts{"Backgrounds", "Borders", "Boxed", "Deeper", "Edges", "Empty", "Others", "Pictures",
+                     "Textures"}),
+              harness.Texts(harness.At({"Gallery"})));
     harness.Select(harness.At({"Gallery", "Boxed"}));
     EXPECT_EQ(drive.Text() + "\\Gallery\\Boxed", SelectedPath());
+    harness.Expand(harness.At({"Gallery", "Boxed"}));
+    EXPECT_EQ((Texts{"k"}), harness.Texts(harness.At({"Gallery", "Boxed"})));
 }
 
 TEST_F(FolderTreeTest, MyComputerListsEveryDriveWithAButtonEvenWithoutADisc) {
@@ -220,13 +317,13 @@ TEST_F(FolderTreeTest, MyComputerListsEveryDriveWithAButtonEvenWithoutADisc) {
     harness.Choose("MyComputer");
     EXPECT_TRUE(answers.texts.empty()) << "MyComputer asks nothing";
 
-    const std::vector<std::string> roots = browser::LogicalDriveRoots(128);
-    ASSERT_EQ(roots, harness.Texts(TVI_ROOT));
+    const std::vector<std::string> roots = SystemDriveRoots();
+    ASSERT_EQ(roots, harness.Texts(TVI_ROOT)) << "the roots as the system gives them, in order";
     EXPECT_NE(nullptr, harness.At({drive.Text() + "\\"}));
     for (const std::string& root : roots) {
         const HTREEITEM item = harness.At({root});
-        EXPECT_TRUE(harness.Tree().ItemHasChildren(item)) << root << " shows a button";
-        EXPECT_EQ(nullptr, harness.Tree().GetChildItem(item)) << root << " is read only when expanded";
+        EXPECT_EQ(1, harness.Tree().GetChildrenCount(item)) << root << " shows a button";
+        EXPECT_FALSE(harness.Tree().ItemHasChildren(item)) << root << " is read only when expanded";
         EXPECT_EQ(FolderImage(), harness.ImageOf(item)) << root;
     }
 }

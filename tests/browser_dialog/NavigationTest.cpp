@@ -2,6 +2,8 @@
 // a leaf; the size switch, which keeps the selection; the size correction;
 // and NavigateToPath, step by step, inside and outside the primary folder.
 #include <algorithm>
+#include <cctype>
+#include <climits>
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
@@ -95,6 +97,145 @@ TEST_F(NavigationTest, AFileAtAContainersPathWithoutExtensionHidesTheContainer) 
         SameRecords({NothingSelected(), Record(1, 0, layout.Path("Twins\\both"))}, harness.sink.Records()));
     ASSERT_EQ(1, harness.Gallery().GetItemCount()) << "the plain file is taken for a picture";
     EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kLargeCell);
+}
+
+// What the gallery and the dialog hold at the moment of each ItemSel.
+struct Moment {
+    int items;
+    int selected;
+    SIZE cell;
+    std::string currentPath;
+    HTREEITEM caret;
+};
+
+class MomentRecorder {
+public:
+    explicit MomentRecorder(DialogHarness& harness) : harness_(harness) {
+        harness.sink.onItemSel = [this](GraphicItemInfo&) {
+            moments.push_back(Moment{harness_.Gallery().GetItemCount(), harness_.Gallery().SelectedIndex(),
+                                     harness_.Gallery().GetCellSize(), harness_.Dialog().currentPath,
+                                     harness_.Tree().GetSelectedItem()});
+        };
+    }
+    ~MomentRecorder() { harness_.sink.onItemSel = nullptr; }
+    MomentRecorder(const MomentRecorder&) = delete;
+    MomentRecorder& operator=(const MomentRecorder&) = delete;
+
+    std::vector<Moment> moments;
+
+private:
+    DialogHarness& harness_;
+};
+
+TEST_F(NavigationTest, APictureLeafTellsTheHostBeforeTheGalleryChangesAndAgainWhenItIsShown) {
+    harness.Select(harness.At({"Animals"}));
+    ASSERT_EQ(5, harness.Gallery().GetItemCount());
+    const std::string before = harness.Dialog().currentPath;
+    const HTREEITEM picture = Below("Types", "photo.jpg");
+    harness.sink.Clear();
+    MomentRecorder recorder(harness);
+    harness.Select(picture);
+    const std::string path = layout.Path("Types\\photo.jpg");
+    ASSERT_TRUE(SameRecords({NothingSelected(), Record(1, 0, path)}, harness.sink.Records()));
+    ASSERT_EQ(2u, recorder.moments.size());
+    EXPECT_EQ(5, recorder.moments[0].items) << "the first event comes before the leaf is looked at";
+    EXPECT_EQ(1, recorder.moments[1].items);
+    EXPECT_EQ(0, recorder.moments[1].selected);
+    EXPECT_TRUE(recorder.moments[1].cell == browser::kLargeCell);
+    EXPECT_EQ(before, recorder.moments[1].currentPath)
+        << "the path is stored after the render has told the host";
+    EXPECT_EQ(path, harness.Dialog().currentPath);
+}
+
+TEST_F(NavigationTest, AContainerIsShownSelectedAndStoredBeforeTheHostIsTold) {
+    const HTREEITEM cats = Below("lower", "cats");
+    harness.sink.Clear();
+    MomentRecorder recorder(harness);
+    harness.Select(cats);
+    const std::string path = layout.Path("lower\\cats.QLT");
+    ASSERT_TRUE(SameRecords({NothingSelected(), Record(1, 1, path)}, harness.sink.Records()));
+    ASSERT_EQ(2u, recorder.moments.size());
+    EXPECT_EQ(0, recorder.moments[0].items);
+    EXPECT_EQ("", recorder.moments[0].currentPath);
+    EXPECT_EQ(3, recorder.moments[1].items);
+    EXPECT_EQ(0, recorder.moments[1].selected);
+    EXPECT_EQ(path, recorder.moments[1].currentPath);
+    EXPECT_EQ(cats, recorder.moments[1].caret);
+}
+
+TEST_F(NavigationTest, ANodeWithChildrenIsClearedBeforeTheHostIsTold) {
+    harness.Select(harness.At({"Animals"}));
+    harness.sink.Clear();
+    MomentRecorder recorder(harness);
+    harness.Select(harness.At({"Gallery"}));
+    ASSERT_EQ(1u, recorder.moments.size());
+    EXPECT_EQ(0, recorder.moments[0].items);
+    EXPECT_TRUE(recorder.moments[0].cell == (SIZE{0, 0}));
+}
+
+TEST_F(NavigationTest, ADriveOfMyComputerThatWasNeverReadIsALeaf) {
+    // A drive shows its button before it is read, but has no children until
+    // it is expanded: selecting it takes the leaf's road. With no disc in it
+    // it is neither a file nor a container, so the gallery keeps what it showed.
+    Disk disk;
+    disk.Folder("cd");
+    ScopedDrive cd(FreeDriveLetter(), disk.Path("cd"), DRIVE_CDROM);
+    if (!cd.Ok()) GTEST_SKIP() << "no mount manager to make a drive with";
+    cd.Eject();
+    ScopedDrive fixed(FreeDriveLetter(), layout.Primary(), DRIVE_FIXED);
+    ASSERT_TRUE(fixed.Ok());
+    harness.Choose("MyComputer");
+    const HTREEITEM root = harness.At({fixed.Text() + "\\"});
+    ASSERT_NE(nullptr, root);
+    harness.Expand(root);
+    harness.Select(harness.At({fixed.Text() + "\\", "Animals"}));
+    ASSERT_EQ(5, harness.Gallery().GetItemCount());
+    EXPECT_TRUE(SameRecords({Record(1, 1, fixed.Text() + "\\\\Animals.QLT")}, {Last()}));
+    harness.sink.Clear();
+
+    harness.Select(harness.At({cd.Text() + "\\"}));
+    EXPECT_TRUE(SameRecords({NothingSelected()}, harness.sink.Records()));
+    EXPECT_TRUE(SameRecords({NothingSelected()}, {Last()}));
+    EXPECT_EQ(5, harness.Gallery().GetItemCount()) << "the gallery keeps what it showed";
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kLargeCell);
+
+    // A drive that was read has children: the gallery empties.
+    harness.sink.Clear();
+    harness.Select(root);
+    EXPECT_TRUE(SameRecords({NothingSelected()}, harness.sink.Records()));
+    EXPECT_EQ(0, harness.Gallery().GetItemCount());
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == (SIZE{0, 0}));
+}
+
+TEST_F(NavigationTest, AnEmptyPictureFileIsStillOneCellAndTwoEvents) {
+    Disk disk;
+    disk.File("P\\zero.jpg", Bytes());
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    fresh.sink.Clear();
+    fresh.Select(fresh.At({"zero.jpg"}));
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), Record(1, 0, disk.Path("P\\zero.jpg"))}, fresh.sink.Records()));
+    EXPECT_EQ(1, fresh.Gallery().GetItemCount()) << "the no-preview picture stands in";
+}
+
+TEST_F(NavigationTest, APrimaryFolderWithATrailingBackslashIsNotNormalised) {
+    Disk disk;
+    disk.File("P\\Box.qlt", ContainerFile({PictureEntry("a.jpg", 1), PictureEntry("b.jpg", 2)}));
+    ScopedPrimaryFolder own(disk.Path("P") + "\\");
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    EXPECT_EQ((Texts{"Box"}), fresh.Texts(TVI_ROOT));
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    fresh.sink.Clear();
+    fresh.Select(fresh.At({"Box"}));
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), Record(1, 1, disk.Path("P") + "\\\\Box.QLT")}, fresh.sink.Records()));
+    EXPECT_EQ(2, fresh.Gallery().GetItemCount());
 }
 
 TEST_F(NavigationTest, AnEmptyFolderLeafLeavesTheGalleryEmpty) {
@@ -193,6 +334,25 @@ TEST_F(NavigationTest, SwitchingSizeRendersAPictureAgainAndTellsTheHost) {
     ASSERT_EQ(1, harness.Gallery().GetItemCount());
     EXPECT_EQ(57, harness.CellBitmap(0)->width);
     EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kSmallPictureCell);
+}
+
+TEST_F(NavigationTest, SwitchingSizeForAPictureThatIsGoneLeavesTheGalleryEmptyAndSilent) {
+    Disk disk;
+    disk.File("P\\gone.jpg", JpegPicture(40, 30));
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    fresh.Select(fresh.At({"gone.jpg"}));
+    ASSERT_EQ(1, fresh.Gallery().GetItemCount());
+    disk.Remove("P\\gone.jpg");
+    fresh.sink.Clear();
+    fresh.ClickRadio(IDC_SMALL_THUMBNAILS);
+    EXPECT_TRUE(fresh.sink.events.empty());
+    EXPECT_EQ(0, fresh.Dialog().largeThumbnails);
+    EXPECT_EQ(0, fresh.Gallery().GetItemCount()) << "the new cell size emptied it before the file was read";
+    EXPECT_TRUE(fresh.Gallery().GetCellSize() == browser::kSmallContainerCell);
 }
 
 TEST_F(NavigationTest, TheSizeSwitchAsksForTheContainerFirst) {
@@ -357,6 +517,176 @@ TEST_F(NavigationTest, RefreshingToADriveForgetsAStoredPathThatIsGone) {
     EXPECT_TRUE(
         SameRecords({NothingSelected(), NothingSelected(), Record(1, 0, drive.Text() + "\\photo.jpg")},
                     harness.sink.Records()));
+}
+
+TEST_F(NavigationTest, NavigationRebuildsTheTreeThenSelectsThenReports) {
+    harness.Dialog().ResetDriveCombo("C:");
+    const std::string path = layout.Path("lower\\cats");
+    const std::string container = path + ".QLT";
+    harness.Dialog().SetItemPath(path, 3);
+    harness.sink.Clear();
+    std::vector<std::string> entries;
+    std::vector<bool> treeEmpty;
+    std::vector<bool> treeFocused;
+    MomentRecorder recorder(harness);
+    harness.sink.onItemSel = [&, inner = harness.sink.onItemSel](GraphicItemInfo& info) {
+        inner(info);
+        entries.push_back(harness.Combo().GetCurrentText());
+        treeEmpty.push_back(harness.Tree().GetRootItem() == nullptr);
+        treeFocused.push_back(::GetFocus() == harness.Tree().Handle());
+    };
+    harness.Dialog().NavigateToPath(path, 3);
+    ASSERT_TRUE(
+        SameRecords({NothingSelected(), NothingSelected(), Record(1, 1, container), Record(1, 3, container)},
+                    harness.sink.Records()));
+    const HTREEITEM cats = harness.At({"lower", "cats"});
+    ASSERT_EQ(4u, recorder.moments.size());
+    // The combo's rebuild: the product entry shown, the tree emptied.
+    EXPECT_EQ("Orrimond", entries[0]);
+    EXPECT_TRUE(treeEmpty[0]);
+    // The selection of the walk's last node: the leaf, then the container.
+    EXPECT_EQ(cats, recorder.moments[1].caret);
+    EXPECT_EQ(cats, recorder.moments[2].caret);
+    EXPECT_EQ(0, recorder.moments[2].selected);
+    // The end: the position's item selected and the tree focused.
+    EXPECT_EQ(2, recorder.moments[3].selected);
+    EXPECT_TRUE(treeFocused[3]);
+    EXPECT_EQ(3, harness.Dialog().lastPosition);
+}
+
+TEST_F(NavigationTest, PositionsAreReportedAsGivenWhateverTheirRange) {
+    const std::string path = layout.Path("lower\\cats");
+    const std::string container = path + ".QLT";
+    const struct {
+        long position;
+        int selected;
+    } cases[] = {{0, -1}, {4, 3}, {-5, -6}, {LONG_MAX, LONG_MAX - 1}, {LONG_MIN, INT_MAX}};
+    for (const auto& [position, selected] : cases) {
+        SCOPED_TRACE(position);
+        // A single product entry each time: with the product entry selected
+        // and a drive below it, the next navigation would end on the drive.
+        harness.Dialog().ResetDriveCombo("");
+        harness.Dialog().SetItemPath(path, position);
+        harness.sink.Clear();
+        harness.Dialog().NavigateToPath(path, position);
+        EXPECT_TRUE(SameRecords({NothingSelected(), NothingSelected(), Record(1, 1, container),
+                                 Record(1, static_cast<int32_t>(position), container)},
+                                harness.sink.Records()));
+        ASSERT_EQ(3, harness.Gallery().GetItemCount());
+        EXPECT_EQ(selected, harness.Gallery().SelectedIndex()) << "gallery item position - 1";
+        EXPECT_EQ(static_cast<int>(position), harness.Dialog().lastPosition);
+        // A selection beyond the cells paints nothing of its own.
+        ::RedrawWindow(harness.Gallery().Handle(), nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
+    }
+}
+
+TEST_F(NavigationTest, APathLongerThanMaxPathWalksAsFarAsItsNamesGo) {
+    const std::string path = layout.Path("Gallery\\" + std::string(300, 'a') + "\\more");
+    harness.Dialog().SetItemPath(path, 2);
+    harness.sink.Clear();
+    harness.Dialog().NavigateToPath(path, 2);
+    EXPECT_EQ(harness.At({"Gallery"}), harness.Tree().GetSelectedItem());
+    EXPECT_TRUE(SameRecords({NothingSelected(), NothingSelected()}, harness.sink.Records()))
+        << "neither the path nor its container exists: no item is reported";
+    EXPECT_EQ(path + ".QLT", harness.Dialog().itemPath);
+}
+
+TEST_F(NavigationTest, APathWithATrailingBackslashWalksToItsLastName) {
+    const std::string path = layout.Path("Gallery\\Boxed\\");
+    harness.Dialog().SetItemPath(path, 1);
+    harness.sink.Clear();
+    harness.Dialog().NavigateToPath(path, 1);
+    EXPECT_EQ(harness.At({"Gallery", "Boxed"}), harness.Tree().GetSelectedItem());
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), NothingSelected(), Record(1, 1, path)}, harness.sink.Records()));
+}
+
+TEST_F(NavigationTest, DotsInFolderNamesAreOrdinaryCharactersOfThePath) {
+    Disk disk;
+    disk.File("P\\my.pics\\cat.jpg", JpegPicture(40, 30));
+    disk.File("P\\my.pics\\box.qlt", ContainerFile({PictureEntry("a.jpg", 1), PictureEntry("b.jpg", 2)}));
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    const std::string picture = disk.Path("P\\my.pics\\cat.jpg");
+    fresh.Dialog().SetItemPath(picture, 1);
+    fresh.sink.Clear();
+    fresh.Dialog().NavigateToPath(picture, 1);
+    EXPECT_EQ(fresh.At({"my.pics", "cat.jpg"}), fresh.Tree().GetSelectedItem());
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), NothingSelected(), Record(1, 0, picture), Record(1, 1, picture)},
+                    fresh.sink.Records()));
+    fresh.sink.Clear();
+    fresh.Select(fresh.At({"my.pics", "box"}));
+    EXPECT_TRUE(SameRecords({NothingSelected(), Record(1, 1, disk.Path("P\\my.pics\\box.QLT"))},
+                            fresh.sink.Records()));
+    EXPECT_EQ(2, fresh.Gallery().GetItemCount());
+}
+
+TEST_F(NavigationTest, ALongDrivePartBecomesTheWholeComboEntry) {
+    const std::string drive = std::string(300, 'x') + ":";
+    const std::string path = drive + "\\a\\b";
+    harness.Dialog().ResetDriveCombo("");
+    harness.Dialog().SetItemPath(path, 1);
+    harness.sink.Clear();
+    harness.Dialog().NavigateToPath(path, 1);
+    EXPECT_EQ((Texts{drive}), harness.ComboTexts());
+    EXPECT_EQ(drive, harness.Combo().GetCurrentText());
+    EXPECT_EQ(nullptr, harness.Tree().GetRootItem()) << "no such place: the tree stays empty";
+    EXPECT_TRUE(SameRecords({NothingSelected()}, harness.sink.Records()));
+}
+
+TEST_F(NavigationTest, ThePrimaryFolderIsCutFromTheFrontWhereverItWasFound) {
+    Disk disk;
+    disk.File("P\\Shelf\\Box.qlt", ContainerFile({PictureEntry("a.jpg", 1), PictureEntry("b.jpg", 2)}));
+    const std::string primaryPath = disk.Path("P");
+    ScopedPrimaryFolder own(primaryPath);
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    // One character before the primary folder: its length comes off the
+    // front, which leaves its last letter, and the walk skips that name.
+    const std::string oneAhead = "z" + primaryPath + "\\Shelf\\Box";
+    fresh.sink.Clear();
+    fresh.Dialog().NavigateToPath(oneAhead, 2);
+    EXPECT_EQ((Texts{"Orrimond"}), fresh.ComboTexts());
+    EXPECT_EQ(fresh.At({"Shelf", "Box"}), fresh.Tree().GetSelectedItem());
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), NothingSelected(), Record(1, 1, primaryPath + "\\Shelf\\Box.QLT")},
+                    fresh.sink.Records()))
+        << "the path as given names nothing, so no last event";
+    // Three characters before it: the rest of its last folder's name and the
+    // folder itself are left to walk, and the walk finds nothing of them.
+    const std::string threeAhead = "zzz" + primaryPath + "\\Shelf\\Box";
+    fresh.sink.Clear();
+    fresh.Dialog().NavigateToPath(threeAhead, 2);
+    EXPECT_EQ(fresh.At({"Shelf"}), fresh.Tree().GetSelectedItem())
+        << "the first item stays the last one found";
+    EXPECT_TRUE(SameRecords({NothingSelected(), NothingSelected()}, fresh.sink.Records()));
+}
+
+TEST_F(NavigationTest, ThePrimaryFolderIsFoundWithItsCaseButTheTreeIsWalkedWithout) {
+    Disk disk;
+    disk.File("P\\Shelf\\Box.qlt", ContainerFile({PictureEntry("a.jpg", 1), PictureEntry("b.jpg", 2)}));
+    const std::string primaryPath = disk.Path("P");
+    ScopedPrimaryFolder own(primaryPath);
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    std::string lowered = primaryPath + "\\Shelf\\Box";
+    for (char& c : lowered) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+    ASSERT_NE(lowered.substr(0, primaryPath.size()), primaryPath);
+    const std::string drive = lowered.substr(0, 2);
+    fresh.Dialog().SetItemPath(lowered, 2);
+    fresh.sink.Clear();
+    fresh.Dialog().NavigateToPath(lowered, 2);
+    EXPECT_EQ((Texts{drive}), fresh.ComboTexts()) << "not found: the drive's view";
+    const HTREEITEM selected = fresh.Tree().GetSelectedItem();
+    ASSERT_NE(nullptr, selected);
+    EXPECT_EQ("Box", fresh.Tree().GetItemText(selected));
+    const std::string shown = drive + primaryPath.substr(2) + "\\Shelf\\Box.QLT";
+    EXPECT_TRUE(SameRecords(
+        {NothingSelected(), NothingSelected(), Record(1, 1, shown), Record(1, 2, lowered + ".QLT")},
+        fresh.sink.Records()));
+    EXPECT_EQ(1, fresh.Gallery().SelectedIndex());
 }
 
 TEST(NavigationWithoutPrimaryFolder, NavigatingGivesUpAtOnce) {

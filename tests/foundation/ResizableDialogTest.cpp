@@ -231,3 +231,62 @@ TEST(ResizableDialog, EraseLeavesClippedChildrenAlone) {
     ::DeleteObject(bitmap);
     ::DeleteDC(dc);
 }
+
+namespace {
+
+// The proportional modes on both axes, and an anchor for a control that the
+// template does not have.
+class ProportionalDialog : public CResizableDialog {
+public:
+    ProportionalDialog() : CResizableDialog(IDD_RESIZABLE) {}
+
+protected:
+    BOOL OnInitDialog() override {
+        CResizableDialog::OnInitDialog();
+        AddAnchor(IDC_PROPORTIONAL, foundation::kAnchorProportionalStretch,
+                  foundation::kAnchorProportionalMove);
+        AddAnchor(IDC_MISSING, foundation::kAnchorMove, foundation::kAnchorMove, true);
+        AddAnchor(IDC_MOVE, foundation::kAnchorMove, foundation::kAnchorStay);
+        return TRUE;
+    }
+};
+
+}  // namespace
+
+TEST(ResizableDialog, ProportionalStretchTakesItsRatioAsAProportionalMoveDoes) {
+    Host host;
+    ProportionalDialog dialog;
+    ASSERT_TRUE(dialog.Create(host.Handle()));
+    const RECT before = ChildRect(dialog, IDC_PROPORTIONAL);
+    const SIZE size = WindowSize(dialog);
+    const double ratioX = static_cast<double>(before.left) / (size.cx - before.left);
+    const double ratioY = static_cast<double>(before.top) / (size.cy - before.top);
+    EXPECT_DOUBLE_EQ(ratioX, dialog.Anchors()[0].ratioX);
+    EXPECT_DOUBLE_EQ(ratioY, dialog.Anchors()[0].ratioY);
+    Resize(dialog, size.cx * 2, size.cy * 3);
+    const RECT after = ChildRect(dialog, IDC_PROPORTIONAL);
+    EXPECT_EQ(static_cast<int>(size.cx * 2 * ratioX / (1.0 + ratioX)), after.left);
+    EXPECT_EQ(before.right + size.cx, after.right) << "the far edge follows the change";
+    EXPECT_EQ(static_cast<int>(size.cy * 3 * ratioY / (1.0 + ratioY)), after.top);
+    EXPECT_EQ(before.bottom - before.top, after.bottom - after.top) << "a proportional move keeps the size";
+}
+
+TEST(ResizableDialog, AnAnchorWithoutItsControlMovesNothingElse) {
+    Host host;
+    ProportionalDialog dialog;
+    ASSERT_TRUE(dialog.Create(host.Handle()));
+    const RECT empty = {};
+    EXPECT_TRUE(::EqualRect(&empty, &dialog.Anchors()[1].rect)) << "a missing control has no rectangle";
+    const RECT move = ChildRect(dialog, IDC_MOVE);
+    const SIZE size = WindowSize(dialog);
+    Resize(dialog, size.cx + 15, size.cy + 5);
+    const RECT after = ChildRect(dialog, IDC_MOVE);
+    EXPECT_EQ(move.left + 15, after.left) << "the batch goes on past the missing control";
+    EXPECT_EQ(move.top, after.top);
+    const RECT missing = {15, 5, 15, 5};
+    EXPECT_TRUE(::EqualRect(&missing, &dialog.Anchors()[1].rect)) << "its rectangle is kept all the same";
+    // Erasing with a clipped empty rectangle still erases.
+    const HDC dc = ::GetDC(dialog.Handle());
+    EXPECT_EQ(0, dialog.Send(WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc), 0));
+    ::ReleaseDC(dialog.Handle(), dc);
+}

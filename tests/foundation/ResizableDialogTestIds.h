@@ -7,3 +7,4 @@
 #define IDC_MOVE 12
 #define IDC_BOTH 13
 #define IDC_PROPORTIONAL 14
+#define IDC_MISSING 15
