@@ -3,13 +3,17 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <memory>
 #include <mutex>
+#include <new>
+#include <optional>
 #include <vector>
 
 #include "framework/win32/GdiHandles.h"
 #include "thumbnails/BitmapKernel.h"
 #include "thumbnails/Imaging.h"
 #include "thumbnails/ImagingInternal.h"
+#include "thumbnails/PaintRows.h"
 
 namespace imaging {
 
@@ -100,6 +104,68 @@ void CopyBack(const OpenContext& context) {
     ::GdiFlush();
     CopyRows(context.bits, static_cast<uint8_t*>(context.shape.storage), context.shape);
 }
+
+// ---- Rows for painting ----------------------------------------------------------
+
+// Pictures up to this many pixels (a large thumbnail is under a tenth of
+// it) are widened into one buffer that stays for the next paint: a buffer
+// made and given back per paint costs the heap fresh pages each time, as
+// much again as the paint. Larger pictures get a buffer of their own.
+constexpr size_t kKeptPaintPixels = size_t{1} << 18;
+// Beyond this the widened rows would take more memory than they save time,
+// and the picture goes to GDI as it is.
+constexpr size_t kMaxPaintPixels = size_t{1} << 24;
+
+// The kept buffer, for one paint at a time. A plain static, not a
+// thread-local one: those are not safe in a module that can be unloaded
+// before its threads end.
+struct KeptPaintRows {
+    std::mutex lock;
+    std::vector<uint32_t> rows;
+};
+
+KeptPaintRows& KeptRows() {
+    static KeptPaintRows instance;
+    return instance;
+}
+
+// The 32-bit rows of one paint, valid while it lives, or none (Bits() null)
+// when the picture goes to GDI as it is stored.
+class PaintRowsFor {
+public:
+    explicit PaintRowsFor(const BitmapDescriptor& bitmap) {
+        if (!kernel::HasPaintRows(bitmap)) return;
+        // Already in the form GDI takes fastest.
+        if (bitmap.bitsPerPixel == 32 && bitmap.colorOrder == kColorOrderBgr) return;
+        const size_t pixels = static_cast<size_t>(bitmap.width) * static_cast<size_t>(bitmap.height);
+        if (pixels > kMaxPaintPixels) return;
+        // Without memory the picture is painted from its own rows, only slower.
+        uint32_t* rows = nullptr;
+        if (pixels <= kKeptPaintPixels) {
+            hold_ = std::unique_lock<std::mutex>(KeptRows().lock);
+            std::vector<uint32_t>& kept = KeptRows().rows;
+            try {
+                if (kept.size() < pixels) kept.resize(pixels);
+            } catch (const std::bad_alloc&) {
+                return;
+            }
+            rows = kept.data();
+        } else {
+            own_.reset(new (std::nothrow) uint32_t[pixels]);
+            rows = own_.get();
+        }
+        if (rows != nullptr && kernel::ToPaintRows(bitmap, rows, pixels)) bits_ = rows;
+    }
+    PaintRowsFor(const PaintRowsFor&) = delete;
+    PaintRowsFor& operator=(const PaintRowsFor&) = delete;
+
+    const void* Bits() const { return bits_; }
+
+private:
+    std::unique_lock<std::mutex> hold_;
+    std::unique_ptr<uint32_t[]> own_;
+    const uint32_t* bits_ = nullptr;
+};
 
 }  // namespace
 
@@ -197,9 +263,12 @@ int PaintBitmap(HDC dc, const BitmapDescriptor* bitmap, const RECT* source, cons
         const int x = toWidth < 0 ? to.left - 1 : to.left;
         const int y = toHeight < 0 ? to.top - 1 : to.top;
 
-        framework::win32::SavedDcState state(dc);
+        // The context's state is saved only when the paint changes it: saving
+        // and restoring costs a third of painting a whole thumbnail.
+        std::optional<framework::win32::SavedDcState> state;
         if (targetClip != nullptr) {
-            if (!state.Succeeded()) return kErrorPlatform;
+            state.emplace(dc);
+            if (!state->Succeeded()) return kErrorPlatform;
             if (::IntersectClipRect(dc, targetClip->left, targetClip->top, targetClip->right,
                                     targetClip->bottom) == ERROR)
                 return kErrorPlatform;
@@ -229,22 +298,27 @@ int PaintBitmap(HDC dc, const BitmapDescriptor* bitmap, const RECT* source, cons
                 return resized;
             }
         }
+        const BitmapDescriptor none{};
+        const PaintRowsFor rows(deviceStretches ? none : *paint);
         detail::ScopedBitmap ordered;
-        if (paint->bitsPerPixel >= 24 && paint->colorOrder == kColorOrderRgb) {
+        if (rows.Bits() == nullptr && paint->bitsPerPixel >= 24 && paint->colorOrder == kColorOrderRgb) {
             const int converted = kernel::ConvertBitmap(*paint, 0, kColorOrderBgr, ordered.Get());
             if (converted != kSuccess) return converted;
             paint = ordered.Get();
         }
         if (deviceStretches) {
+            if (!state) state.emplace(dc);
             ::SetStretchBltMode(dc, HALFTONE);
             ::SetBrushOrgEx(dc, 0, 0, nullptr);
         }
         DibInfo info;
         DescribeDib(*paint, &info);
+        if (rows.Bits() != nullptr) info.header.biBitCount = 32;
         // The count of lines is negative for top-down DIBs with some raster
         // operations; only 0 means that nothing could be painted.
         const int lines = ::StretchDIBits(dc, x, y, static_cast<int>(toWidth), static_cast<int>(toHeight), 0,
-                                          0, paint->width, paint->height, paint->storage,
+                                          0, paint->width, paint->height,
+                                          rows.Bits() != nullptr ? rows.Bits() : paint->storage,
                                           reinterpret_cast<BITMAPINFO*>(&info), DIB_RGB_COLORS, rop);
         return lines != 0 ? kSuccess : kErrorPlatform;
     });
