@@ -48,10 +48,36 @@ int32_t ReadableItemCount(const containers::CArtContainer& container, const std:
         return 0;
     const int64_t size = static_cast<int64_t>(data.nFileSizeHigh) << 32 | data.nFileSizeLow;
     const int64_t room = size - int64_t{directory->entryTableOffset};
-    const int64_t records = room > 0 ? room / containers::kEntryRecordSize : 0;
-    // Item 0 would read the record before the table; item n the n-th.
+    // Item n's record begins (n - 1) records into the table. A record that
+    // begins inside the file counts even when the file ends within it: the
+    // reader reads what is there, and its rendition offsets may well be.
+    const int64_t records =
+        room > 0 ? (room + containers::kEntryRecordSize - 1) / containers::kEntryRecordSize : 0;
     return static_cast<int32_t>(records < count ? records : count);
 }
+
+// Keeps a visible gallery from drawing while it is filled. Every item still
+// sets the scroll range, but the platform redraws the bar at once each time
+// the range changes, which under some window systems costs more than loading
+// the thumbnail; the bar and the cells are drawn once, when the handler
+// returns to the message loop, as the cells always were.
+class RedrawSuspension {
+public:
+    explicit RedrawSuspension(HWND window)
+        : window_(window != nullptr && ::IsWindowVisible(window) ? window : nullptr) {
+        if (window_ != nullptr) ::SendMessageA(window_, WM_SETREDRAW, FALSE, 0);
+    }
+    ~RedrawSuspension() {
+        if (window_ == nullptr) return;
+        ::SendMessageA(window_, WM_SETREDRAW, TRUE, 0);
+        ::RedrawWindow(window_, nullptr, nullptr, RDW_INVALIDATE | RDW_ERASE | RDW_FRAME);
+    }
+    RedrawSuspension(const RedrawSuspension&) = delete;
+    RedrawSuspension& operator=(const RedrawSuspension&) = delete;
+
+private:
+    HWND window_;
+};
 
 }  // namespace
 
@@ -96,6 +122,7 @@ void CGraphicDlg::ShowContainer(const std::string& path) {
         container.Init();
         // A container that will not open has told the user why; it shows nothing.
         const int32_t count = container.Open(path) ? ReadableItemCount(container, path) : 0;
+        const RedrawSuspension quiet(gallery->Handle());
         for (int32_t number = 1; number <= count; ++number) {
             int32_t size = 0;
             std::unique_ptr<uint8_t[]> rendition =

@@ -8,6 +8,7 @@
 #include "browser/GraphicDlg.h"
 #include "browser/SelectionTarget.h"
 #include "browser/ShellAccess.h"
+#include "browser/TreeLevel.h"
 #include "browser/WaitCursor.h"
 #include "foundation/ReportError.h"
 #include "framework/win32/MemoryHandles.h"
@@ -153,18 +154,22 @@ int CGraphicDlg::FillTreeChildren(const std::string& directoryPath, HTREEITEM it
     // placeholder with it.
     for (HTREEITEM child = tree.GetChildItem(item); child != nullptr; child = tree.GetChildItem(item))
         if (!tree.DeleteItem(child)) break;
+    // A folder may hold thousands of pictures: the level is sorted once and
+    // each file type's icon asked once (TreeLevel.h); the tree shows the same.
+    SortedLevel level;
+    FileIconIndexes icons;
     while (search.Next()) {
         const std::string name = search.Name();
-        const std::string entryPath = directoryPath + "\\" + name;
         if (search.IsDirectory()) {
-            const HTREEITEM node = tree.InsertSorted(name, folderIconIndex, item);
-            if (node != nullptr) AddChildPlaceholders(entryPath, node);
+            level.Add(name, folderIconIndex, directoryPath + "\\" + name);
         } else if (IsContainerFileName(name)) {
-            tree.InsertSorted(FoundFileTitle(name), folderIconIndex, item);
+            level.Add(FoundFileTitle(name), folderIconIndex);
         } else if (IsPictureFile(name)) {
-            tree.InsertSorted(name, ShellIconIndex(entryPath, kSmallFileIcon), item);
+            level.Add(name, icons.IndexOf(directoryPath, name));
         }
     }
+    level.InsertInto(tree, item,
+                     [this](HTREEITEM node, const std::string& path) { AddChildPlaceholders(path, node); });
     return 1;
 }
 

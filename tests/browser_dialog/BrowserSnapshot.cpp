@@ -14,32 +14,120 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
+#include "framework/win32/GdiHandles.h"
 #include "host/Screenshot.h"
 
 namespace {
 
 using browsertest::DialogHarness;
 
+// A 32-bit top-down picture of `cx` x `cy` pixels that a window can draw into.
+class Canvas {
+public:
+    Canvas(int cx, int cy) : cx_(cx), cy_(cy) {
+        BITMAPINFO info = {};
+        info.bmiHeader.biSize = sizeof info.bmiHeader;
+        info.bmiHeader.biWidth = cx;
+        info.bmiHeader.biHeight = -cy;
+        info.bmiHeader.biPlanes = 1;
+        info.bmiHeader.biBitCount = 32;
+        info.bmiHeader.biCompression = BI_RGB;
+        bitmap_.Reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits_, nullptr, 0));
+        dc_.Reset(::CreateCompatibleDC(nullptr));
+        if (bitmap_ && dc_) old_ = ::SelectObject(dc_.Get(), bitmap_.Get());
+    }
+    ~Canvas() {
+        if (old_ != nullptr) ::SelectObject(dc_.Get(), old_);
+    }
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    bool Ok() const { return old_ != nullptr && bits_ != nullptr; }
+    HDC Dc() const { return dc_.Get(); }
+    std::vector<uint8_t> Rgb() const {
+        ::GdiFlush();
+        std::vector<uint8_t> rgb(static_cast<size_t>(cx_) * static_cast<size_t>(cy_) * 3);
+        const auto* pixels = static_cast<const uint8_t*>(bits_);
+        for (size_t i = 0; i < rgb.size() / 3; ++i) {
+            rgb[i * 3] = pixels[i * 4 + 2];
+            rgb[i * 3 + 1] = pixels[i * 4 + 1];
+            rgb[i * 3 + 2] = pixels[i * 4];
+        }
+        return rgb;
+    }
+
+private:
+    int cx_;
+    int cy_;
+    void* bits_ = nullptr;
+    framework::win32::UniqueBitmap bitmap_;
+    framework::win32::UniqueDc dc_;
+    HGDIOBJ old_ = nullptr;
+};
+
+// Draws `window` into `target` at its place relative to `origin` (screen
+// coordinates of the target's top left), then its visible children from the
+// bottom of the z-order up, each into a picture of its own that is copied
+// in, clipped to its parent's client area. Under a display that keeps no
+// pixels (Wine's null driver) WM_PRINT is the only way to see a window; some
+// controls (buttons, the extended combo box) draw nothing or nothing right
+// into a context shared with other windows and moved by a viewport origin,
+// so each draws into its own.
+void DrawTree(HWND window, HDC target, POINT origin, const RECT& clip) {
+    RECT rect = {};
+    ::GetWindowRect(window, &rect);
+    const int cx = rect.right - rect.left;
+    const int cy = rect.bottom - rect.top;
+    if (cx <= 0 || cy <= 0) return;
+    Canvas own(cx, cy);
+    if (!own.Ok()) return;
+    ::PatBlt(own.Dc(), 0, 0, cx, cy, WHITENESS);
+    ::SendMessageA(window, WM_PRINT, reinterpret_cast<WPARAM>(own.Dc()),
+                   PRF_NONCLIENT | PRF_CLIENT | PRF_ERASEBKGND);
+    const int saved = ::SaveDC(target);
+    ::IntersectClipRect(target, clip.left - origin.x, clip.top - origin.y, clip.right - origin.x,
+                        clip.bottom - origin.y);
+    ::BitBlt(target, rect.left - origin.x, rect.top - origin.y, cx, cy, own.Dc(), 0, 0, SRCCOPY);
+    ::RestoreDC(target, saved);
+
+    RECT client = {};
+    ::GetClientRect(window, &client);
+    ::MapWindowPoints(window, nullptr, reinterpret_cast<POINT*>(&client), 2);
+    RECT inner = {};
+    if (!::IntersectRect(&inner, &client, &clip)) return;
+    for (HWND child = ::GetWindow(::GetWindow(window, GW_CHILD), GW_HWNDLAST); child != nullptr;
+         child = ::GetWindow(child, GW_HWNDPREV))
+        if (::IsWindowVisible(child)) DrawTree(child, target, origin, inner);
+}
+
 bool Shoot(const DialogHarness& harness, const std::string& folder, const char* name) {
     // On screen the gallery paints after the white placeholder above it and
     // covers it; a picture made by drawing every window once, bottom up,
     // would show the placeholder instead, so it is left out.
     ::ShowWindow(harness.Item(IDC_GALLERY_PLACEHOLDER), SW_HIDE);
-    ::RedrawWindow(harness.dialog->Handle(), nullptr, nullptr,
-                   RDW_INVALIDATE | RDW_ERASE | RDW_UPDATENOW | RDW_ALLCHILDREN);
-    int width = 0, height = 0;
-    std::vector<uint8_t> rgb;
+    const HWND dialog = harness.dialog->Handle();
+    RECT rect = {};
+    ::GetWindowRect(dialog, &rect);
+    const int width = rect.right - rect.left;
+    const int height = rect.bottom - rect.top;
     const std::string path = folder.empty() ? std::string(name) : folder + "\\" + name;
-    if (!host::CaptureWindow(harness.dialog->Handle(), &width, &height, &rgb) ||
-        !host::WritePng(path, width, height, rgb)) {
+    Canvas canvas(width, height);
+    bool written = false;
+    if (width > 0 && height > 0 && canvas.Ok()) {
+        ::PatBlt(canvas.Dc(), 0, 0, width, height, WHITENESS);
+        DrawTree(dialog, canvas.Dc(), POINT{rect.left, rect.top}, rect);
+        written = host::WritePng(path, width, height, canvas.Rgb());
+    }
+    ::ShowWindow(harness.Item(IDC_GALLERY_PLACEHOLDER), SW_SHOW);
+    if (!written) {
         std::fprintf(stderr, "cannot write %s\n", path.c_str());
         return false;
     }
     std::printf("wrote %s (%d x %d)\n", path.c_str(), width, height);
-    ::ShowWindow(harness.Item(IDC_GALLERY_PLACEHOLDER), SW_SHOW);
     return true;
 }
 

@@ -1,14 +1,17 @@
 // Filling the gallery: a container's ready-made thumbnails, one cell per
 // readable rendition, and a single picture sized by the cell's rule; both
 // routes empty the thumbnail library and the gallery first.
+#include <cstddef>
 #include <cstring>
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
+#include "browser/NoPreviewPicture.h"
 #include "browser/PreviewRender.h"
 #include "framework/win32/MemoryHandles.h"
 #include "gallery/ThumbnailGalleryItem.h"
 #include "thumbnails/BitmapKernel.h"
+#include "thumbnails/Imaging.h"
 #include "thumbnails/ThumbnailLibrary.h"
 
 namespace browsertest {
@@ -39,6 +42,59 @@ SIZE BitmapSize(const imaging::BitmapDescriptor* bitmap) {
 bool operator==(const SIZE& a, const SIZE& b) {
     return a.cx == b.cx && a.cy == b.cy;
 }
+
+bool IsDark(uint32_t colour) {
+    return (colour & 0xFF) < 0x40 && (colour >> 8 & 0xFF) < 0x40 && (colour >> 16 & 0xFF) < 0x40;
+}
+
+// The share of the picture's pixels that are dark, in percent.
+int DarkPercent(const imaging::BitmapDescriptor& bitmap) {
+    int dark = 0;
+    for (int y = 0; y < bitmap.height; ++y)
+        for (int x = 0; x < bitmap.width; ++x)
+            if (IsDark(PixelAt(bitmap, x, y))) ++dark;
+    return bitmap.width * bitmap.height > 0 ? dark * 100 / (bitmap.width * bitmap.height) : 0;
+}
+
+// The no-preview picture of `side` as the dialog must show it: made on its
+// own and sized by the cell's rule.
+struct ExpectedPlaceholder {
+    explicit ExpectedPlaceholder(int side, SIZE target) {
+        ok = browser::MakeNoPreviewPicture(side, &bitmap) == imaging::kSuccess &&
+             imaging::SizeBitmap(&bitmap, target.cx, target.cy, imaging::kSizeResample) == imaging::kSuccess;
+    }
+    ~ExpectedPlaceholder() { imaging::FreeBitmap(&bitmap); }
+    ExpectedPlaceholder(const ExpectedPlaceholder&) = delete;
+    ExpectedPlaceholder& operator=(const ExpectedPlaceholder&) = delete;
+    imaging::BitmapDescriptor bitmap = {};
+    bool ok = false;
+};
+
+::testing::AssertionResult SamePixels(const imaging::BitmapDescriptor& expected,
+                                      const imaging::BitmapDescriptor& actual) {
+    if (expected.width != actual.width || expected.height != actual.height)
+        return ::testing::AssertionFailure() << "sizes differ";
+    for (int y = 0; y < expected.height; ++y)
+        for (int x = 0; x < expected.width; ++x)
+            if (PixelAt(expected, x, y) != PixelAt(actual, x, y))
+                return ::testing::AssertionFailure() << "pixel (" << x << ", " << y << ") differs";
+    return ::testing::AssertionSuccess();
+}
+
+int32_t LoadLong(const Bytes& bytes, size_t at) {
+    return static_cast<int32_t>(static_cast<uint32_t>(bytes[at]) | static_cast<uint32_t>(bytes[at + 1]) << 8 |
+                                static_cast<uint32_t>(bytes[at + 2]) << 16 |
+                                static_cast<uint32_t>(bytes[at + 3]) << 24);
+}
+
+void StoreLong(Bytes& bytes, size_t at, int32_t value) {
+    for (int i = 0; i < 4; ++i) bytes[at + i] = static_cast<uint8_t>(static_cast<uint32_t>(value) >> (8 * i));
+}
+
+// Where a container keeps its item count and the offset of its entry table.
+constexpr size_t kItemCountField = 280;
+constexpr size_t kEntryTableField = 312;
+constexpr size_t kEntryRecordBytes = 540;
 
 class GalleryPopulationTest : public ::testing::Test {
 protected:
@@ -191,6 +247,9 @@ TEST_F(GalleryPopulationTest, MetafilesArriveAtOneHundredAndTwentyEightSquare) {
         harness.Select(TypesItem(name));
         ASSERT_EQ(1, harness.Gallery().GetItemCount());
         EXPECT_TRUE(BitmapSize(harness.CellBitmap(0)) == (SIZE{135, 103}));
+        // The no-preview picture has the same size: what tells them apart is
+        // the metafile's black half, far more ink than three lines of text.
+        EXPECT_GT(DarkPercent(*harness.CellBitmap(0)), 30) << "the metafile itself, not the placeholder";
         EXPECT_TRUE(SameRecords({NothingSelected(), Record(1, 0, layout.Path(std::string("Types\\") + name))},
                                 harness.sink.Records()));
     }
@@ -237,6 +296,120 @@ TEST_F(GalleryPopulationTest, APreviewRecordsPixelsBelongToTheLibraryOnceTaken) 
     Library().ClearItems();
     EXPECT_EQ(before, imaging::kernel::LiveStorageCount()) << "the library gave the pixels back";
     harness.Gallery().RemoveAllItems();
+}
+
+TEST_F(GalleryPopulationTest, TheTypesThatAlwaysGetThePlaceholderShowItPixelForPixel) {
+    ExpectedPlaceholder large(128, SIZE{135, 103});
+    ASSERT_TRUE(large.ok);
+    for (const char* name : {"image.png", "scan.tif", "page.eps", "clip.cmp"}) {
+        SCOPED_TRACE(name);
+        harness.Select(TypesItem(name));
+        ASSERT_NE(nullptr, harness.CellBitmap(0));
+        EXPECT_TRUE(SamePixels(large.bitmap, *harness.CellBitmap(0)));
+    }
+    SelectSmall();
+    ExpectedPlaceholder small(64, SIZE{57, 39});
+    ASSERT_TRUE(small.ok);
+    harness.Select(TypesItem("scan.tif"));
+    ASSERT_NE(nullptr, harness.CellBitmap(0));
+    EXPECT_TRUE(SamePixels(small.bitmap, *harness.CellBitmap(0)));
+}
+
+TEST_F(GalleryPopulationTest, PicturesTheImagingLayerReadsAreNotThePlaceholder) {
+    ExpectedPlaceholder large(128, SIZE{135, 103});
+    ASSERT_TRUE(large.ok);
+    for (const char* name : {"big.bmp", "photo.jpg", "PIC.Jpeg", "emf.emf"}) {
+        SCOPED_TRACE(name);
+        harness.sink.Clear();
+        harness.Select(TypesItem(name));
+        ASSERT_NE(nullptr, harness.CellBitmap(0));
+        EXPECT_FALSE(SamePixels(large.bitmap, *harness.CellBitmap(0)));
+        EXPECT_TRUE(SameRecords({NothingSelected(), Record(1, 0, layout.Path(std::string("Types\\") + name))},
+                                harness.sink.Records()));
+    }
+}
+
+TEST_F(GalleryPopulationTest, AnEntryRecordCutShortByTheEndOfTheFileStillShowsItsThumbnail) {
+    // The entry table moved to the end of the file, its one record missing
+    // its last field (the data offset); the rendition offsets are all there.
+    Bytes bytes = ContainerFile({PictureEntry("cut.jpg", 0x3366CC)});
+    const auto table = static_cast<size_t>(LoadLong(bytes, kEntryTableField));
+    const Bytes record(bytes.begin() + static_cast<std::ptrdiff_t>(table),
+                       bytes.begin() + static_cast<std::ptrdiff_t>(table + kEntryRecordBytes - 4));
+    StoreLong(bytes, kEntryTableField, static_cast<int32_t>(bytes.size()));
+    bytes.insert(bytes.end(), record.begin(), record.end());
+    Disk disk;
+    disk.File("P\\Cut.qlt", bytes);
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    fresh.Select(fresh.At({"Cut"}));
+    ASSERT_EQ(1, fresh.Gallery().GetItemCount());
+    EXPECT_EQ(0x3366CCu, PixelAt(*fresh.CellBitmap(0), 60, 45));
+    EXPECT_EQ(disk.Path("P\\Cut\\cut.jpg"), Library().GetItem(0)->filePath.path);
+}
+
+TEST_F(GalleryPopulationTest, AnItemCountBeyondWhatTheFileHoldsEndsWithTheFile) {
+    Bytes bytes = ContainerFile({PictureEntry("a.jpg", 0x0000FF), PictureEntry("b.jpg", 0x00FF00)});
+    StoreLong(bytes, kItemCountField, 0x7FFFFFFF);
+    Disk disk;
+    disk.File("P\\Huge.qlt", bytes);
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    fresh.sink.Clear();
+    fresh.Select(fresh.At({"Huge"}));
+    ASSERT_EQ(2, fresh.Gallery().GetItemCount());
+    EXPECT_EQ(0x0000FFu, PixelAt(*fresh.CellBitmap(0), 60, 45));
+    EXPECT_EQ(0x00FF00u, PixelAt(*fresh.CellBitmap(1), 60, 45));
+    EXPECT_TRUE(
+        SameRecords({NothingSelected(), Record(1, 1, disk.Path("P\\Huge.QLT"))}, fresh.sink.Records()));
+}
+
+TEST_F(GalleryPopulationTest, AnItemPathLongerThanItsPicturesMemoryIsCutToThatMemory) {
+    // A 1 x 1 rendition has a few bytes of pixels; the item's path is far longer.
+    const std::string longPath = "C:\\Artwork\\" + std::string(200, 'x') + ".jpg";
+    ContainerEntry entry{"tiny.jpg", longPath, BmpPicture(1, 1, 0x0000FF), BmpPicture(1, 1, 0x0000FF)};
+    Disk disk;
+    disk.File("P\\Tiny.qlt", ContainerFile({entry, PictureEntry("next.jpg", 0x00FF00)}));
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    ASSERT_TRUE(fresh.Create());
+    fresh.DropDown();
+    fresh.Choose("Orrimond");
+    fresh.Select(fresh.At({"Tiny"}));
+    ASSERT_EQ(2, fresh.Gallery().GetItemCount());
+    const imaging::BitmapDescriptor& tiny = *fresh.CellBitmap(0);
+    ASSERT_NE(nullptr, tiny.storage);
+    ASSERT_GT(tiny.storageSize, 0u);
+    ASSERT_LT(tiny.storageSize, longPath.size());
+    const auto* bytes = static_cast<const char*>(tiny.storage);
+    EXPECT_EQ(0, std::memcmp(bytes, longPath.data(), tiny.storageSize - 1));
+    EXPECT_EQ('\0', bytes[tiny.storageSize - 1]) << "the text ends inside the picture's memory";
+    EXPECT_EQ(0x00FF00u, PixelAt(*fresh.CellBitmap(1), 60, 45)) << "the next item is whole";
+    EXPECT_EQ(disk.Path("P\\Tiny\\") + std::string(200, 'x') + ".jpg", Library().GetItem(0)->filePath.path);
+}
+
+TEST_F(GalleryPopulationTest, AFilledGalleryDrawsAgainWithTheScrollRangeOfAllItsItems) {
+    harness.Select(harness.At({"Animals"}));
+    const HWND window = harness.Gallery().Handle();
+    EXPECT_TRUE(::IsWindowVisible(window)) << "drawing is back on after the fill";
+    SCROLLINFO filled = {};
+    filled.cbSize = sizeof filled;
+    filled.fMask = SIF_RANGE | SIF_PAGE;
+    ASSERT_TRUE(::GetScrollInfo(window, SB_VERT, &filled));
+    // Setting the range again for the items the gallery holds changes nothing.
+    harness.Gallery().UpdateScrollRange();
+    SCROLLINFO again = filled;
+    ASSERT_TRUE(::GetScrollInfo(window, SB_VERT, &again));
+    EXPECT_EQ(again.nMin, filled.nMin);
+    EXPECT_EQ(again.nMax, filled.nMax);
+    EXPECT_EQ(again.nPage, filled.nPage);
+    EXPECT_GT(harness.Gallery().TotalRows(), 1) << "five cells take more than one row here";
 }
 
 }  // namespace
