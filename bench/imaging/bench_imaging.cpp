@@ -21,8 +21,8 @@
 #include <vector>
 
 #include "framework/win32/ComPtr.h"
-#include "imaging/PictureFactory.h"
 #include "support/BenchTimer.h"
+#include "support/PictureFactory.h"
 #include "thumbnails/Imaging.h"
 #include "thumbnails/Resampler.h"
 

@@ -11,7 +11,7 @@
 #include "foundation/UserMessage.h"
 #include "framework/win32/MemoryHandles.h"
 #include "gallery/ThumbnailGalleryItem.h"
-#include "imaging/PictureFactory.h"
+#include "support/PictureFactory.h"
 #include "thumbnails/Imaging.h"
 #include "thumbnails/ThumbnailItem.h"
 

@@ -20,7 +20,7 @@
 #include "framework/win32/GdiHandles.h"
 #include "gallery/ThumbnailGalleryItem.h"
 #include "gallery/ThumbnailGalleryWindow.h"
-#include "imaging/PictureFactory.h"
+#include "support/PictureFactory.h"
 
 namespace {
 

@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-#include "PictureFactory.h"
+#include "support/PictureFactory.h"
 #include "support/TempDir.h"
 
 using namespace imaging;

@@ -11,8 +11,8 @@
 #include <string>
 #include <vector>
 
-#include "PictureFactory.h"
 #include "support/Mutator.h"
+#include "support/PictureFactory.h"
 #include "thumbnails/Imaging.h"
 
 using namespace imaging;

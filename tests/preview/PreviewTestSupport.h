@@ -18,6 +18,7 @@
 #include "framework/win32/ComPtr.h"
 #include "framework/win32/GdiHandles.h"
 #include "framework/win32/MemoryHandles.h"
+#include "support/PictureFactory.h"
 #include "thumbnails/BitmapKernel.h"
 #include "thumbnails/Imaging.h"
 
@@ -211,44 +212,11 @@ inline size_t CountDark(const imaging::BitmapDescriptor& bitmap) {
 
 // ---- Pictures by WIC ------------------------------------------------------------------
 
-inline Bytes ReadGlobalStream(IStream* stream) {
-    HGLOBAL global = nullptr;
-    if (FAILED(::GetHGlobalFromStream(stream, &global))) return {};
-    STATSTG stat{};
-    if (FAILED(stream->Stat(&stat, STATFLAG_NONAME))) return {};
-    framework::win32::GlobalLockView view(global);
-    if (!view) return {};
-    const auto* data = static_cast<const uint8_t*>(view.Data());
-    return Bytes(data, data + static_cast<size_t>(stat.cbSize.QuadPart));
-}
-
 // A picture of width x height in the container format, from 24-bit rows
 // (blue, green, red; top-down; `stride` bytes apart). Empty on failure.
 inline Bytes EncodeBgr24(const GUID& container, uint32_t width, uint32_t height, const Bytes& rows,
                          uint32_t stride) {
-    framework::win32::ComInitialization com;
-    ComPtr<IWICImagingFactory> factory;
-    if (FAILED(::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_IWICImagingFactory, factory.PutVoid())))
-        return {};
-    ComPtr<IStream> stream;
-    ComPtr<IWICBitmapEncoder> encoder;
-    ComPtr<IWICBitmapFrameEncode> frame;
-    ComPtr<IPropertyBag2> properties;
-    if (FAILED(::CreateStreamOnHGlobal(nullptr, TRUE, stream.Put())) ||
-        FAILED(factory->CreateEncoder(container, nullptr, encoder.Put())) ||
-        FAILED(encoder->Initialize(stream.Get(), WICBitmapEncoderNoCache)) ||
-        FAILED(encoder->CreateNewFrame(frame.Put(), properties.Put())) ||
-        FAILED(frame->Initialize(properties.Get())) || FAILED(frame->SetSize(width, height)))
-        return {};
-    WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
-    if (FAILED(frame->SetPixelFormat(&format)) || !IsEqualGUID(format, GUID_WICPixelFormat24bppBGR))
-        return {};
-    if (FAILED(frame->WritePixels(height, stride, static_cast<UINT>(rows.size()),
-                                  const_cast<BYTE*>(rows.data()))) ||
-        FAILED(frame->Commit()) || FAILED(encoder->Commit()))
-        return {};
-    return ReadGlobalStream(stream.Get());
+    return picturefactory::Encode(container, GUID_WICPixelFormat24bppBGR, width, height, rows, stride).bytes;
 }
 
 inline uint32_t Stride24(uint32_t width) {

@@ -12,7 +12,7 @@
 #include "containers/ArtContainer.h"
 #include "containers/writer/ChunkCodec.h"
 #include "framework/win32/MemoryHandles.h"
-#include "imaging/PictureFactory.h"
+#include "support/PictureFactory.h"
 #include "thumbnails/Imaging.h"
 
 using picturefactory::Bgra;

@@ -1,5 +1,5 @@
 // Pictures and metafiles made by the thumbnail tests themselves: 24-bit BMP
-// files written byte by byte, JPEG files encoded with WIC, metafiles drawn
+// files written byte by byte, JPEG files encoded with WIC (support/PictureFactory.h), metafiles drawn
 // with GDI. Windows only.
 #pragma once
 
@@ -14,6 +14,7 @@
 #include "framework/win32/ComPtr.h"
 #include "framework/win32/GdiHandles.h"
 #include "framework/win32/MemoryHandles.h"
+#include "support/PictureFactory.h"
 
 namespace testpictures {
 
@@ -67,26 +68,7 @@ inline Bytes Bmp24(int32_t width, int32_t height, const Pattern& pattern = Gradi
 
 // A JPEG file of the pattern, encoded with WIC; empty if WIC fails.
 inline Bytes Jpeg(uint32_t width, uint32_t height, const Pattern& pattern = Gradient) {
-    using framework::win32::ComPtr;
-    framework::win32::ComInitialization com;
-    ComPtr<IWICImagingFactory> factory;
-    if (FAILED(::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_IWICImagingFactory, factory.PutVoid())))
-        return {};
-    ComPtr<IStream> stream;
-    ComPtr<IWICBitmapEncoder> encoder;
-    ComPtr<IWICBitmapFrameEncode> frame;
-    ComPtr<IPropertyBag2> properties;
-    if (FAILED(::CreateStreamOnHGlobal(nullptr, TRUE, stream.Put())) ||
-        FAILED(factory->CreateEncoder(GUID_ContainerFormatJpeg, nullptr, encoder.Put())) ||
-        FAILED(encoder->Initialize(stream.Get(), WICBitmapEncoderNoCache)) ||
-        FAILED(encoder->CreateNewFrame(frame.Put(), properties.Put())) ||
-        FAILED(frame->Initialize(properties.Get())) || FAILED(frame->SetSize(width, height)))
-        return {};
-    WICPixelFormatGUID format = GUID_WICPixelFormat24bppBGR;
-    if (FAILED(frame->SetPixelFormat(&format)) || !IsEqualGUID(format, GUID_WICPixelFormat24bppBGR))
-        return {};
-    const uint32_t stride = (width * 3 + 3) / 4 * 4;
+    const uint32_t stride = picturefactory::Stride(width, 24);
     Bytes rows(static_cast<size_t>(stride) * height, 0);
     for (uint32_t y = 0; y < height; ++y)
         for (uint32_t x = 0; x < width; ++x) {
@@ -96,17 +78,9 @@ inline Bytes Jpeg(uint32_t width, uint32_t height, const Pattern& pattern = Grad
             p[1] = c.g;
             p[2] = c.r;
         }
-    if (FAILED(frame->WritePixels(height, stride, static_cast<UINT>(rows.size()), rows.data())) ||
-        FAILED(frame->Commit()) || FAILED(encoder->Commit()))
-        return {};
-    HGLOBAL global = nullptr;
-    STATSTG stat{};
-    if (FAILED(::GetHGlobalFromStream(stream.Get(), &global)) || FAILED(stream->Stat(&stat, STATFLAG_NONAME)))
-        return {};
-    framework::win32::GlobalLockView view(global);
-    if (!view) return {};
-    const auto* data = static_cast<const uint8_t*>(view.Data());
-    return Bytes(data, data + static_cast<size_t>(stat.cbSize.QuadPart));
+    return picturefactory::Encode(GUID_ContainerFormatJpeg, GUID_WICPixelFormat24bppBGR, width, height, rows,
+                                  stride)
+        .bytes;
 }
 
 // What every sample metafile draws: a pen and brush of their own, shapes,
