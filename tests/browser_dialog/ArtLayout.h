@@ -54,4 +54,26 @@ public:
 // One layout for a whole test suite; made at the first request.
 ArtLayout& SharedLayout();
 
+// A dialog over the shared layout with the product's view chosen in the
+// combo, and the events of getting there forgotten.
+class ProductViewTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(harness.Create());
+        harness.DropDown();
+        harness.Choose("Orrimond");
+        harness.sink.Clear();
+    }
+    // The node `name` below the top-level `folder`, which is expanded first.
+    HTREEITEM Below(const std::string& folder, const std::string& name) {
+        const HTREEITEM parent = harness.At({folder});
+        harness.Expand(parent);
+        return harness.Find(parent, name);
+    }
+
+    ArtLayout& layout = SharedLayout();
+    ScopedPrimaryFolder primary{layout.Primary()};
+    DialogHarness harness;
+};
+
 }  // namespace browsertest

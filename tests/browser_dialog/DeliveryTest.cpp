@@ -11,24 +11,7 @@
 namespace browsertest {
 namespace {
 
-class DeliveryTest : public ::testing::Test {
-protected:
-    void SetUp() override {
-        ASSERT_TRUE(harness.Create());
-        harness.DropDown();
-        harness.Choose("Orrimond");
-        harness.sink.Clear();
-    }
-    HTREEITEM Below(const std::string& folder, const std::string& name) {
-        const HTREEITEM parent = harness.At({folder});
-        harness.Expand(parent);
-        return harness.Find(parent, name);
-    }
-
-    ArtLayout& layout = SharedLayout();
-    ScopedPrimaryFolder primary{layout.Primary()};
-    DialogHarness harness;
-};
+class DeliveryTest : public ProductViewTest {};
 
 TEST_F(DeliveryTest, TheThirdCellOfAContainerIsItemThree) {
     harness.Select(harness.At({"Animals"}));

@@ -96,27 +96,14 @@ constexpr size_t kItemCountField = 280;
 constexpr size_t kEntryTableField = 312;
 constexpr size_t kEntryRecordBytes = 540;
 
-class GalleryPopulationTest : public ::testing::Test {
+class GalleryPopulationTest : public ProductViewTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(harness.Create());
-        harness.DropDown();
-        harness.Choose("Orrimond");
-        harness.sink.Clear();
-    }
-
     void SelectSmall() { harness.ClickRadio(IDC_SMALL_THUMBNAILS); }
     HTREEITEM TypesItem(const std::string& name) {
         // The first expansion reads the folder; later ones change nothing.
-        const HTREEITEM types = harness.At({"Types"});
-        harness.Expand(types);
-        return harness.Find(types, name);
+        return Below("Types", name);
     }
     thumbnails::CThumbnailLibrary& Library() { return *thumbnails::CThumbnailLibrary::GetInstance(); }
-
-    ArtLayout& layout = SharedLayout();
-    ScopedPrimaryFolder primary{layout.Primary()};
-    DialogHarness harness;
 };
 
 TEST_F(GalleryPopulationTest, AContainerFillsOneCellPerItemInOrder) {

@@ -28,24 +28,9 @@ bool MarkedAsDropTarget(const SentMessages& selections, HTREEITEM item) {
     return false;
 }
 
-class NavigationTest : public ::testing::Test {
+class NavigationTest : public ProductViewTest {
 protected:
-    void SetUp() override {
-        ASSERT_TRUE(harness.Create());
-        harness.DropDown();
-        harness.Choose("Orrimond");
-        harness.sink.Clear();
-    }
-    HTREEITEM Below(const std::string& folder, const std::string& name) {
-        const HTREEITEM parent = harness.At({folder});
-        harness.Expand(parent);
-        return harness.Find(parent, name);
-    }
     GraphicItemInfo& Last() { return harness.Dialog().itemInfo; }
-
-    ArtLayout& layout = SharedLayout();
-    ScopedPrimaryFolder primary{layout.Primary()};
-    DialogHarness harness;
 };
 
 // ---- Tree selection ---------------------------------------------------------------------
