@@ -28,6 +28,42 @@
 #include "framework/ole/OleControl.h"
 #include "framework/win32/Window.h"
 
+// Every Window handler that each side hands on to its base unchanged:
+// result, name, parameters, arguments. OnCreate and OnSize are sealed by
+// hand, since the control side renames them, and so are the public ones.
+#define LUMBREL_WINDOW_HANDLERS_HANDED_ON(X)                                                         \
+    X(void, PostNcDestroy, (), ())                                                                   \
+    X(bool, OnChildNotify, (UINT message, WPARAM wParam, LPARAM lParam, LRESULT * result),           \
+      (message, wParam, lParam, result))                                                             \
+    X(bool, OnMessage, (UINT message, WPARAM wParam, LPARAM lParam, LRESULT * result),               \
+      (message, wParam, lParam, result))                                                             \
+    X(void, OnDestroy, (), ())                                                                       \
+    X(void, OnPaint, (), ())                                                                         \
+    X(BOOL, OnEraseBkgnd, (HDC dc), (dc))                                                            \
+    X(void, OnLButtonDown, (UINT flags, POINT point), (flags, point))                                \
+    X(void, OnLButtonUp, (UINT flags, POINT point), (flags, point))                                  \
+    X(void, OnLButtonDblClk, (UINT flags, POINT point), (flags, point))                              \
+    X(void, OnRButtonDown, (UINT flags, POINT point), (flags, point))                                \
+    X(void, OnRButtonUp, (UINT flags, POINT point), (flags, point))                                  \
+    X(void, OnMouseMove, (UINT flags, POINT point), (flags, point))                                  \
+    X(BOOL, OnMouseWheel, (UINT flags, short delta, POINT screenPoint), (flags, delta, screenPoint)) \
+    X(void, OnVScroll, (UINT code, UINT pos, HWND scrollBar), (code, pos, scrollBar))                \
+    X(void, OnHScroll, (UINT code, UINT pos, HWND scrollBar), (code, pos, scrollBar))                \
+    X(void, OnTimer, (UINT_PTR id), (id))                                                            \
+    X(BOOL, OnSetCursor, (HWND window, UINT hitTest, UINT message), (window, hitTest, message))      \
+    X(void, OnEnable, (BOOL enable), (enable))                                                       \
+    X(void, OnSetFocus, (HWND previous), (previous))                                                 \
+    X(void, OnKillFocus, (HWND next), (next))                                                        \
+    X(void, OnKeyDown, (UINT key, UINT repeat, UINT flags), (key, repeat, flags))                    \
+    X(void, OnChar, (UINT key, UINT repeat, UINT flags), (key, repeat, flags))                       \
+    X(void, OnCaptureChanged, (HWND window), (window))                                               \
+    X(void, OnGetMinMaxInfo, (MINMAXINFO * info), (info))                                            \
+    X(void, OnClose, (), ())                                                                         \
+    X(BOOL, OnCommand, (WPARAM wParam, LPARAM lParam), (wParam, lParam))                             \
+    X(BOOL, OnNotify, (WPARAM wParam, LPARAM lParam, LRESULT * result), (wParam, lParam, result))
+
+#define LUMBREL_SEAL_WINDOW_HANDLER(Result, Name, Parameters, Arguments) Result Name Parameters final;
+
 namespace control {
 
 class ControlWindowSide : public framework::ole::OleControl {
@@ -59,35 +95,9 @@ protected:
     bool FilterMessage(MSG* msg) final;
 
 private:
-    void PostNcDestroy() final;
-    bool OnChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) final;
-    bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) final;
     int OnCreate(CREATESTRUCTA* create) final;
-    void OnDestroy() final;
     void OnSize(UINT type, int cx, int cy) final;
-    void OnPaint() final;
-    BOOL OnEraseBkgnd(HDC dc) final;
-    void OnLButtonDown(UINT flags, POINT point) final;
-    void OnLButtonUp(UINT flags, POINT point) final;
-    void OnLButtonDblClk(UINT flags, POINT point) final;
-    void OnRButtonDown(UINT flags, POINT point) final;
-    void OnRButtonUp(UINT flags, POINT point) final;
-    void OnMouseMove(UINT flags, POINT point) final;
-    BOOL OnMouseWheel(UINT flags, short delta, POINT screenPoint) final;
-    void OnVScroll(UINT code, UINT pos, HWND scrollBar) final;
-    void OnHScroll(UINT code, UINT pos, HWND scrollBar) final;
-    void OnTimer(UINT_PTR id) final;
-    BOOL OnSetCursor(HWND window, UINT hitTest, UINT message) final;
-    void OnEnable(BOOL enable) final;
-    void OnSetFocus(HWND previous) final;
-    void OnKillFocus(HWND next) final;
-    void OnKeyDown(UINT key, UINT repeat, UINT flags) final;
-    void OnChar(UINT key, UINT repeat, UINT flags) final;
-    void OnCaptureChanged(HWND window) final;
-    void OnGetMinMaxInfo(MINMAXINFO* info) final;
-    void OnClose() final;
-    BOOL OnCommand(WPARAM wParam, LPARAM lParam) final;
-    BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* result) final;
+    LUMBREL_WINDOW_HANDLERS_HANDED_ON(LUMBREL_SEAL_WINDOW_HANDLER)
 };
 
 class DialogWindowSide : public browser::CGraphicDlg {
@@ -106,35 +116,9 @@ public:
     LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) final;
 
 private:
-    void PostNcDestroy() final;
-    bool OnChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) final;
-    bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) final;
     int OnCreate(CREATESTRUCTA* create) final;
-    void OnDestroy() final;
     void OnSize(UINT type, int cx, int cy) final;
-    void OnPaint() final;
-    BOOL OnEraseBkgnd(HDC dc) final;
-    void OnLButtonDown(UINT flags, POINT point) final;
-    void OnLButtonUp(UINT flags, POINT point) final;
-    void OnLButtonDblClk(UINT flags, POINT point) final;
-    void OnRButtonDown(UINT flags, POINT point) final;
-    void OnRButtonUp(UINT flags, POINT point) final;
-    void OnMouseMove(UINT flags, POINT point) final;
-    BOOL OnMouseWheel(UINT flags, short delta, POINT screenPoint) final;
-    void OnVScroll(UINT code, UINT pos, HWND scrollBar) final;
-    void OnHScroll(UINT code, UINT pos, HWND scrollBar) final;
-    void OnTimer(UINT_PTR id) final;
-    BOOL OnSetCursor(HWND window, UINT hitTest, UINT message) final;
-    void OnEnable(BOOL enable) final;
-    void OnSetFocus(HWND previous) final;
-    void OnKillFocus(HWND next) final;
-    void OnKeyDown(UINT key, UINT repeat, UINT flags) final;
-    void OnChar(UINT key, UINT repeat, UINT flags) final;
-    void OnCaptureChanged(HWND window) final;
-    void OnGetMinMaxInfo(MINMAXINFO* info) final;
-    void OnClose() final;
-    BOOL OnCommand(WPARAM wParam, LPARAM lParam) final;
-    BOOL OnNotify(WPARAM wParam, LPARAM lParam, LRESULT* result) final;
+    LUMBREL_WINDOW_HANDLERS_HANDED_ON(LUMBREL_SEAL_WINDOW_HANDLER)
 };
 
 }  // namespace control
