@@ -1,19 +1,11 @@
 #include "tools/qlt/KeywordFile.h"
 
 #include "foundation/SortStrings.h"
+#include "tools/qlt/TextLines.h"
 
 namespace qlt {
 
 namespace {
-
-const char kBlanks[] = " \t\r\n\v\f";
-
-std::string Trim(const std::string& text) {
-    const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string::npos) return std::string();
-    const size_t last = text.find_last_not_of(kBlanks);
-    return text.substr(first, last - first + 1);
-}
 
 std::string Where(const std::string& label, int line) {
     return label + ":" + std::to_string(line) + ": ";

@@ -6,18 +6,11 @@
 #include <cstring>
 #include <limits>
 
+#include "tools/qlt/TextLines.h"
+
 namespace qlt {
 
 namespace {
-
-const char kBlanks[] = " \t\r\n\v\f";
-
-std::string Trim(const std::string& text) {
-    const size_t first = text.find_first_not_of(kBlanks);
-    if (first == std::string::npos) return std::string();
-    const size_t last = text.find_last_not_of(kBlanks);
-    return text.substr(first, last - first + 1);
-}
 
 std::string FileNameOf(const std::string& path) {
     const size_t slash = path.find_last_of("/\\");
