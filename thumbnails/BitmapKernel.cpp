@@ -140,6 +140,17 @@ void SetIndex(uint8_t* row, int32_t x, int32_t bits, uint32_t index) {
 }
 
 // Pixels x0 .. x0+count-1 of row y as blue, green, red, alpha.
+// A buffer for one row of `width` pixels as blue, green, red, alpha; false
+// when the memory is not there.
+bool MakeBgraRow(std::vector<uint8_t>& row, int32_t width) {
+    try {
+        row.resize(4 * static_cast<size_t>(width));
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
+}
+
 void ReadRowBgra(const BitmapDescriptor& bitmap, int32_t y, int32_t x0, int32_t count, uint8_t* out) {
     const uint8_t* row = kernel::Row(bitmap, y);
     const bool rgb = bitmap.colorOrder == kColorOrderRgb;
@@ -409,11 +420,7 @@ bool MakeTable(const RgbQuad* colors, int32_t count, ColorMatchTable* table) {
 // Writes `source` into `target` (already allocated, palette set) through `table`.
 int MapThroughTable(const BitmapDescriptor& source, ColorMatchTable* table, BitmapDescriptor* target) {
     std::vector<uint8_t> row;
-    try {
-        row.resize(4 * static_cast<size_t>(source.width));
-    } catch (const std::bad_alloc&) {
-        return kErrorNoMemory;
-    }
+    if (!MakeBgraRow(row, source.width)) return kErrorNoMemory;
     for (int32_t y = 0; y < source.height; ++y) {
         ReadRowBgra(source, y, 0, source.width, row.data());
         uint8_t* out = kernel::Row(*target, y);
@@ -472,9 +479,7 @@ int ConvertToPalette(const BitmapDescriptor& source, int32_t bits, BitmapDescrip
         // A full ramp: the level gives the index, more exactly than the cube.
         const uint32_t levels = static_cast<uint32_t>(palette.size());
         std::vector<uint8_t> row;
-        try {
-            row.resize(4 * static_cast<size_t>(source.width));
-        } catch (const std::bad_alloc&) {
+        if (!MakeBgraRow(row, source.width)) {
             FreeBitmap(target);
             return kErrorNoMemory;
         }
@@ -631,9 +636,7 @@ int ConvertBitmap(const BitmapDescriptor& source, int32_t bitsPerPixel, int32_t 
         result = AllocateBitmap(target, source.width, source.height, bitsPerPixel, colorOrder);
         if (result != kSuccess) return result;
         std::vector<uint8_t> row;
-        try {
-            row.resize(4 * static_cast<size_t>(source.width));
-        } catch (const std::bad_alloc&) {
+        if (!MakeBgraRow(row, source.width)) {
             FreeBitmap(target);
             return kErrorNoMemory;
         }
@@ -745,11 +748,7 @@ int EncodeBmp24(const BitmapDescriptor& bitmap, uint8_t* out, size_t size) {
     const uint64_t total = Bmp24FileSize(bitmap);
     if (out == nullptr || size < total || total > 0xFFFFFFFFu) return kErrorInvalidParameter;
     std::vector<uint8_t> row;
-    try {
-        row.resize(4 * static_cast<size_t>(bitmap.width));
-    } catch (const std::bad_alloc&) {
-        return kErrorNoMemory;
-    }
+    if (!MakeBgraRow(row, bitmap.width)) return kErrorNoMemory;
     auto put16 = [&](size_t offset, uint32_t value) {
         out[offset] = static_cast<uint8_t>(value);
         out[offset + 1] = static_cast<uint8_t>(value >> 8);
