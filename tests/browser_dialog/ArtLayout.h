@@ -59,9 +59,7 @@ ArtLayout& SharedLayout();
 class ProductViewTest : public ::testing::Test {
 protected:
     void SetUp() override {
-        ASSERT_TRUE(harness.Create());
-        harness.DropDown();
-        harness.Choose("Orrimond");
+        ASSERT_TRUE(harness.CreateInProductView());
         harness.sink.Clear();
     }
     // The node `name` below the top-level `folder`, which is expanded first.

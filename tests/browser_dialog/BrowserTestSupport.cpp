@@ -508,6 +508,13 @@ DialogHarness::~DialogHarness() {
     Destroy();
 }
 
+bool DialogHarness::CreateInProductView() {
+    if (!Create()) return false;
+    DropDown();
+    Choose("Orrimond");
+    return true;
+}
+
 bool DialogHarness::Create() {
     if (host.Handle() == nullptr &&
         !host.CreateEx(0, framework::win32::Window::RegisterWindowClass(0, ::LoadCursor(nullptr, IDC_ARROW)),

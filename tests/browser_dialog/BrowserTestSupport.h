@@ -252,6 +252,8 @@ public:
     // Makes the dialog (after the test has set fields it wants OnInitDialog
     // to see); false when the window could not be made.
     bool Create();
+    // Create, then the product's view chosen in the combo as a user would.
+    bool CreateInProductView();
     void Destroy();
 
     browser::CGraphicDlg& Dialog() { return *dialog; }

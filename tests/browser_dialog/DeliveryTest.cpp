@@ -147,9 +147,7 @@ TEST_F(DeliveryTest, ALongPathIsCutToTheRecordsFieldAndNeverSpillsIntoTheName) {
     }
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     const HTREEITEM parent = fresh.Tree().GetRootItem();
     ASSERT_NE(nullptr, parent);
     fresh.Expand(parent);

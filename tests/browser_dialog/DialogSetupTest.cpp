@@ -468,9 +468,7 @@ TEST_F(DialogSetupTest, TeardownEmptiesTheLibraryFirstAndLeavesTheSystemsList) {
     int libraryItemsAtDeletion = -1;
     {
         DialogHarness harness;
-        ASSERT_TRUE(harness.Create());
-        harness.DropDown();
-        harness.Choose("Orrimond");
+        ASSERT_TRUE(harness.CreateInProductView());
         harness.Select(harness.At({"Animals"}));
         ASSERT_EQ(5, harness.Gallery().GetItemCount());
         EXPECT_EQ(live + 5, imaging::kernel::LiveStorageCount());

@@ -206,9 +206,7 @@ TEST_F(FolderTreeTest, EveryExpansionReadsTheDiskAgainAndCollapsingKeepsTheChild
     disk.File("P\\Shelf\\a.jpg", JpegPicture(8, 8));
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     const HTREEITEM shelf = fresh.At({"Shelf"});
     ASSERT_EQ((Texts{"a.jpg"}), fresh.Texts(shelf)) << "at the top the placeholder is the first picture";
     fresh.UserExpand(shelf);

@@ -166,9 +166,7 @@ TEST_F(GalleryPopulationTest, AContainerThatWillNotOpenToldTheUserAndShowsNothin
     disk.File("P\\Locked.qlt", ContainerFile({PictureEntry("l.jpg", 0x010203)}));
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     const framework::win32::UniqueFile lock(::CreateFileA(disk.Path("P\\Locked.qlt").c_str(), GENERIC_READ, 0,
                                                           nullptr, OPEN_EXISTING, 0, nullptr));
     ASSERT_TRUE(lock);
@@ -329,9 +327,7 @@ TEST_F(GalleryPopulationTest, AnEntryRecordCutShortByTheEndOfTheFileStillShowsIt
     disk.File("P\\Cut.qlt", bytes);
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     fresh.Select(fresh.At({"Cut"}));
     ASSERT_EQ(1, fresh.Gallery().GetItemCount());
     EXPECT_EQ(0x3366CCu, PixelAt(*fresh.CellBitmap(0), 60, 45));
@@ -345,9 +341,7 @@ TEST_F(GalleryPopulationTest, AnItemCountBeyondWhatTheFileHoldsEndsWithTheFile) 
     disk.File("P\\Huge.qlt", bytes);
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     fresh.sink.Clear();
     fresh.Select(fresh.At({"Huge"}));
     ASSERT_EQ(2, fresh.Gallery().GetItemCount());
@@ -365,9 +359,7 @@ TEST_F(GalleryPopulationTest, AnItemPathLongerThanItsPicturesMemoryIsCutToThatMe
     disk.File("P\\Tiny.qlt", ContainerFile({entry, PictureEntry("next.jpg", 0x00FF00)}));
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     fresh.Select(fresh.At({"Tiny"}));
     ASSERT_EQ(2, fresh.Gallery().GetItemCount());
     const imaging::BitmapDescriptor& tiny = *fresh.CellBitmap(0);

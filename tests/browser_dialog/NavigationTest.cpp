@@ -197,9 +197,7 @@ TEST_F(NavigationTest, AnEmptyPictureFileIsStillOneCellAndTwoEvents) {
     disk.File("P\\zero.jpg", Bytes());
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     fresh.sink.Clear();
     fresh.Select(fresh.At({"zero.jpg"}));
     EXPECT_TRUE(
@@ -238,9 +236,7 @@ TEST_F(NavigationTest, ALeafThatIsNeitherFileNorContainerLeavesTheGalleryAsItWas
     disk.File("P\\Box.qlt", ContainerFile({PictureEntry("a.jpg", 1), PictureEntry("b.jpg", 2)}));
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     fresh.Select(fresh.At({"Box"}));
     ASSERT_EQ(2, fresh.Gallery().GetItemCount());
     fresh.Expand(fresh.At({"Shelf"}));
@@ -326,9 +322,7 @@ TEST_F(NavigationTest, SwitchingSizeForAPictureThatIsGoneLeavesTheGalleryEmptyAn
     disk.File("P\\gone.jpg", JpegPicture(40, 30));
     ScopedPrimaryFolder own(disk.Path("P"));
     DialogHarness fresh;
-    ASSERT_TRUE(fresh.Create());
-    fresh.DropDown();
-    fresh.Choose("Orrimond");
+    ASSERT_TRUE(fresh.CreateInProductView());
     fresh.Select(fresh.At({"gone.jpg"}));
     ASSERT_EQ(1, fresh.Gallery().GetItemCount());
     disk.Remove("P\\gone.jpg");

@@ -115,9 +115,7 @@ protected:
 TEST_F(TreeLevelTest, AnExpansionShowsWhatThePlainSortedInsertionShows) {
     ScopedPrimaryFolder primary(disk.Path("P"));
     DialogHarness harness;
-    ASSERT_TRUE(harness.Create());
-    harness.DropDown();
-    harness.Choose("Orrimond");
+    ASSERT_TRUE(harness.CreateInProductView());
     const HTREEITEM mixed = harness.At({"Mixed"});
     ASSERT_NE(nullptr, mixed);
     harness.Expand(mixed);
