@@ -47,6 +47,6 @@ function(lumbrel_add_test name)
     add_test(NAME ${name} COMMAND ${name} --gtest_brief=1)
     # A hung test fails instead of holding up the whole run.
     set_tests_properties(${name} PROPERTIES WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}
-      LABELS "${T_LABELS}" TIMEOUT 300)
+      LABELS "${T_LABELS}" TIMEOUT 150)
   endif()
 endfunction()
