@@ -53,6 +53,11 @@ BOOL BitBltCall(HDC target, int x, int y, int width, int height, HDC source, int
                : ::BitBlt(target, x, y, width, height, source, sourceX, sourceY, rop);
 }
 
+HWND WindowFromPointCall(POINT screenPoint) {
+    return g_drawingFunctions.windowFromPoint != nullptr ? g_drawingFunctions.windowFromPoint(screenPoint)
+                                                         : ::WindowFromPoint(screenPoint);
+}
+
 // The screen's context for the drag image, given back on leaving the scope.
 class ScreenDc {
 public:
@@ -557,7 +562,7 @@ void CThumbnailGalleryWindow::OnLButtonUp(UINT, POINT point) {
         dropPoint = point;
         POINT screen = point;
         ::ClientToScreen(hwnd_, &screen);
-        const HWND under = ::WindowFromPoint(screen);
+        const HWND under = WindowFromPointCall(screen);
         if (dropTarget != nullptr && under != nullptr && under == dropTarget->Handle()) {
             lastAction = kActionDropped;
             Notify();

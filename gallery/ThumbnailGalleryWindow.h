@@ -44,10 +44,12 @@ public:
 // replaceable so that tests can make the buffer fail and watch the direct
 // path, and see what a drag does to the screen (which a headless display
 // does not keep). A null member stands for the platform's own function:
-// CreateCompatibleDC, CreateCompatibleBitmap, BitBlt, GetDC(NULL) and
-// ReleaseDC(NULL, dc). The paint's buffer is made through the first two;
-// every copy of the paint and of the drag goes through bitBlt; the drag's
-// screen context comes from the last two.
+// CreateCompatibleDC, CreateCompatibleBitmap, BitBlt, GetDC(NULL),
+// ReleaseDC(NULL, dc) and WindowFromPoint. The paint's buffer is made
+// through the first two; every copy of the paint and of the drag goes
+// through bitBlt; the drag's screen context comes from the next two; the
+// window under a drop comes from windowFromPoint, since the real screen is
+// shared with every other program on the desktop.
 struct GalleryDrawingFunctions {
     using CreateCompatibleDcFunction = HDC (*)(HDC dc);
     using CreateCompatibleBitmapFunction = HBITMAP (*)(HDC dc, int width, int height);
@@ -55,12 +57,14 @@ struct GalleryDrawingFunctions {
                                     int sourceY, DWORD rop);
     using GetScreenDcFunction = HDC (*)();
     using ReleaseScreenDcFunction = void (*)(HDC dc);
+    using WindowFromPointFunction = HWND (*)(POINT screenPoint);
 
     CreateCompatibleDcFunction createCompatibleDc = nullptr;
     CreateCompatibleBitmapFunction createCompatibleBitmap = nullptr;
     BitBltFunction bitBlt = nullptr;
     GetScreenDcFunction getScreenDc = nullptr;
     ReleaseScreenDcFunction releaseScreenDc = nullptr;
+    WindowFromPointFunction windowFromPoint = nullptr;
 };
 // Installs `functions` and returns the ones they replace.
 GalleryDrawingFunctions SetGalleryDrawingFunctions(const GalleryDrawingFunctions& functions);

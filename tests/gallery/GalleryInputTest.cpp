@@ -66,6 +66,7 @@ public:
         gallery::GalleryDrawingFunctions functions;
         functions.getScreenDc = [] { return current_->canvas_.Dc(); };
         functions.releaseScreenDc = [](HDC) {};
+        functions.windowFromPoint = OwnWindowFromPoint;
         functions.bitBlt = [](HDC target, int x, int y, int w, int h, HDC source, int sx, int sy, DWORD rop) {
             if (target == current_->canvas_.Dc()) ++current_->blitsToScreen;
             if (source == current_->canvas_.Dc()) ++current_->blitsFromScreen;
@@ -74,6 +75,29 @@ public:
         scope_ = std::make_unique<DrawingFunctionsScope>(functions);
     }
     ~FakeScreen() { current_ = nullptr; }
+
+    // The window under a point as if this process's windows were the only
+    // ones on the desktop: tests running beside this one put theirs on the
+    // same screen, at any place and above ours.
+    static HWND OwnWindowFromPoint(POINT screenPoint) {
+        for (HWND top = ::GetTopWindow(nullptr); top != nullptr; top = ::GetWindow(top, GW_HWNDNEXT)) {
+            DWORD process = 0;
+            ::GetWindowThreadProcessId(top, &process);
+            RECT rect{};
+            if (process != ::GetCurrentProcessId() || !::IsWindowVisible(top) ||
+                !::GetWindowRect(top, &rect) || !::PtInRect(&rect, screenPoint))
+                continue;
+            HWND window = top;
+            for (;;) {
+                POINT client = screenPoint;
+                ::ScreenToClient(window, &client);
+                const HWND child = ::ChildWindowFromPointEx(window, client, CWP_SKIPINVISIBLE);
+                if (child == nullptr || child == window) return window;
+                window = child;
+            }
+        }
+        return nullptr;
+    }
 
     static uint32_t Background(int x, int y) {
         return static_cast<uint32_t>(((x * 7) & 0xFF) << 16 | ((y * 5) & 0xFF) << 8 | 0x40);
