@@ -7,6 +7,7 @@
 #include "foundation/SharedPalette.h"
 #include "foundation/Stdobj.h"
 #include "gallery/GalleryGrid.h"
+#include "gallery/GalleryStateQuery.h"
 
 namespace gallery {
 
@@ -323,7 +324,26 @@ bool CThumbnailGalleryWindow::OnMessage(UINT message, WPARAM wParam, LPARAM lPar
         *result = 0;
         return true;
     }
+    const UINT stateQuery = GalleryStateMessage();
+    if (stateQuery != 0 && message == stateQuery) {
+        *result = AnswerStateQuery(wParam);
+        return true;
+    }
     return CTPCtrlWnd::OnMessage(message, wParam, lParam, result);
+}
+
+LRESULT CThumbnailGalleryWindow::AnswerStateQuery(WPARAM field) const {
+    switch (field) {
+        case kGalleryStateSignatureField: return kGalleryStateSignature;
+        case kGalleryStateCells: return GetItemCount();
+        case kGalleryStateSelectedIndex: return selectedIndex;
+        case kGalleryStateCurrentIndex: return currentIndex;
+        case kGalleryStateCellWidth: return cellSize.cx;
+        case kGalleryStateCellHeight: return cellSize.cy;
+        case kGalleryStateColumns: return columns;
+        case kGalleryStateTopRow: return GetTopRow();
+        default: return 0;
+    }
 }
 
 void CThumbnailGalleryWindow::PaintInto(HDC dc) {

@@ -184,6 +184,8 @@ protected:
     void OnEnable(BOOL enable) override;
     BOOL OnEraseBkgnd(HDC dc) override;
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) override;
+    // One value of what the gallery shows, for the registered state query.
+    LRESULT AnswerStateQuery(WPARAM field) const;
 
     // The drag image, drawn by hand on the screen's context.
     void BeginDrag(int x, int y);

@@ -1,25 +1,17 @@
 #include "host/GalleryProbe.h"
 
-#include <cstring>
-
-#include "gallery/ThumbnailGalleryWindow.h"
+#include "gallery/GalleryStateQuery.h"
 
 namespace host {
 
 namespace {
 
-bool IsFrameworkClass(HWND window) {
-    char name[96] = {};
-    ::GetClassNameA(window, name, sizeof name);
-    return std::strncmp(name, "Lumbrel:", 8) == 0 &&
-           ::GetClassLongA(window, GCL_CBWNDEXTRA) >= static_cast<LONG>(sizeof(LONG_PTR));
+LRESULT Ask(HWND gallery, gallery::GalleryStateField field) {
+    return ::SendMessageA(gallery, gallery::GalleryStateMessage(), field, 0);
 }
 
-bool IsThumbnailGallery(const framework::Object& object) {
-    for (const framework::RuntimeClass* record = object.GetRuntimeClass(); record != nullptr;
-         record = record->Base())
-        if (std::strcmp(record->Name(), "CThumbnailGalleryWindow") == 0) return true;
-    return false;
+int AskInt(HWND gallery, gallery::GalleryStateField field) {
+    return static_cast<int>(Ask(gallery, field));
 }
 
 }  // namespace
@@ -29,22 +21,18 @@ bool ReadGalleryState(HWND gallery, GalleryState* state, std::string* why) {
         *why = "the control has no gallery window";
         return false;
     }
-    if (!IsFrameworkClass(gallery)) {
-        *why = "the gallery window is not one of the control's framework windows";
+    if (gallery::GalleryStateMessage() == 0 ||
+        Ask(gallery, gallery::kGalleryStateSignatureField) != gallery::kGalleryStateSignature) {
+        *why = "the gallery window does not answer the gallery state query";
         return false;
     }
-    auto* window = reinterpret_cast<framework::win32::Window*>(::GetWindowLongPtrA(gallery, 0));
-    if (window == nullptr || window->Handle() != gallery || !IsThumbnailGallery(*window)) {
-        *why = "the gallery window is bound to no gallery of this build";
-        return false;
-    }
-    const auto* object = static_cast<const gallery::CThumbnailGalleryWindow*>(window);
-    state->cells = object->GetItemCount();
-    state->selectedIndex = object->SelectedIndex();
-    state->currentIndex = object->CurrentIndex();
-    state->cellSize = object->GetCellSize();
-    state->columns = object->Columns();
-    state->topRow = ::GetScrollPos(gallery, SB_VERT);
+    state->cells = AskInt(gallery, gallery::kGalleryStateCells);
+    state->selectedIndex = AskInt(gallery, gallery::kGalleryStateSelectedIndex);
+    state->currentIndex = AskInt(gallery, gallery::kGalleryStateCurrentIndex);
+    state->cellSize = SIZE{AskInt(gallery, gallery::kGalleryStateCellWidth),
+                           AskInt(gallery, gallery::kGalleryStateCellHeight)};
+    state->columns = AskInt(gallery, gallery::kGalleryStateColumns);
+    state->topRow = AskInt(gallery, gallery::kGalleryStateTopRow);
     return true;
 }
 

@@ -1,14 +1,9 @@
 // What the script mode reads of the control's gallery: its cell count,
 // selection, current index, cell size, columns and first row.
 //
-// The control lives in this process (it is an in-process server), and its
-// gallery window is bound to its object the way this project's window
-// framework binds every window: the object's address in the window's extra
-// bytes. The container is built from the same sources in the same build, so
-// it reads the object's counters through the class's own inline accessors.
-// Before it trusts the object it checks that the window's class is one of
-// the framework's, that the object names this very window as its own, and
-// that its runtime class record says it is a thumbnail gallery.
+// The gallery answers them one by one to its registered state query, so the
+// container needs nothing of the window object's layout and works with any
+// build of the control that answers the query.
 #pragma once
 
 #include <windows.h>
