@@ -4,6 +4,7 @@
 
 #include "browser/PathExists.h"
 #include "control/resource.h"
+#include "foundation/ReportError.h"
 #include "framework/ole/Strings.h"
 #include "framework/win32/Dialog.h"
 
@@ -86,6 +87,23 @@ std::string CLumbrelCtrl::TextArgument(BSTR text) {
 }
 
 HRESULT CLumbrelCtrl::InvokeMember(DispatchCall& call, VARIANT* result) {
+    if (call.propertyGet) {
+        result->vt = VT_BOOL;
+        result->boolVal = VARIANT_FALSE;
+    }
+    // What a member meets on its way stays inside the control: the host's
+    // call succeeds and the browser is left as the member left it.
+    try {
+        return RunMember(call, result);
+    } catch (int line) {
+        LUMBREL_TRACE_THROWN_LINE(LUMBREL_SOURCE_NAME, line);
+    } catch (...) {
+        foundation::ReportUnexpectedException(LUMBREL_SOURCE_NAME, __LINE__);
+    }
+    return S_OK;
+}
+
+HRESULT CLumbrelCtrl::RunMember(DispatchCall& call, VARIANT* result) {
     const auto& arguments = call.arguments;
     switch (call.member->id) {
         case control::kDispidAspectRatio:
@@ -186,9 +204,11 @@ void CLumbrelCtrl::RefreshControl() {
     RebuildFromDriveCombo();
     ClearGallery();
     if (const HWND galleryWindow = DialogItem(control::kGalleryId)) {
+        // An empty range with no page; the bar is disabled, not hidden, so
+        // that the gallery's client area keeps its width for the next fill.
         SCROLLINFO info = {};
         info.cbSize = sizeof info;
-        info.fMask = SIF_RANGE | SIF_PAGE | SIF_POS;
+        info.fMask = SIF_RANGE | SIF_PAGE | SIF_DISABLENOSCROLL;
         ::SetScrollInfo(galleryWindow, SB_VERT, &info, TRUE);
     }
 }
@@ -296,7 +316,15 @@ void CLumbrelCtrl::MoveGalleryTo(int index) {
     SetGalleryCurrentIndex(index);
     SetGallerySelection(index);
     if (!IsGalleryCellVisible(index)) EnsureGalleryCellVisible(index);
-    OnGalleryCommand();
+    // The move has happened whatever telling the host meets: the key stays
+    // handled and never reaches the gallery.
+    try {
+        OnGalleryCommand();
+    } catch (int line) {
+        LUMBREL_TRACE_THROWN_LINE(LUMBREL_SOURCE_NAME, line);
+    } catch (...) {
+        foundation::ReportUnexpectedException(LUMBREL_SOURCE_NAME, __LINE__);
+    }
 }
 
 bool CLumbrelCtrl::PreTranslateKeyDown(const MSG& msg) {

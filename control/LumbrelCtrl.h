@@ -85,4 +85,7 @@ private:
     void FocusGalleryFromTree();
     // An arrow key's move to cell `index`.
     void MoveGalleryTo(int index);
+    // The member of `call`, without the barrier that InvokeMember puts
+    // around it.
+    HRESULT RunMember(framework::ole::DispatchCall& call, VARIANT* result);
 };

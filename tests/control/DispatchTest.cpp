@@ -410,6 +410,13 @@ TEST_F(DispatchTest, RefreshControlRebuildsAndEmptiesTheGallery) {
     EXPECT_EQ(0, after.nMax);
     EXPECT_EQ(0, after.nPos);
     EXPECT_EQ(0u, after.nPage);
+    // The empty bar is disabled, not hidden.
+    EXPECT_TRUE(::GetWindowLongA(gallery, GWL_STYLE) & WS_VSCROLL);
+    SCROLLBARINFO bar = {};
+    bar.cbSize = sizeof bar;
+    ASSERT_TRUE(::GetScrollBarInfo(gallery, OBJID_VSCROLL, &bar));
+    EXPECT_FALSE(bar.rgstate[0] & STATE_SYSTEM_INVISIBLE);
+    EXPECT_TRUE(bar.rgstate[0] & STATE_SYSTEM_UNAVAILABLE);
 }
 
 TEST_F(DispatchTest, RedrawBitmapsRedrawsTheThumbnails) {
@@ -423,6 +430,20 @@ struct AboutBoxCheck {
     bool seen = false;
     std::string caption;
     std::string title;
+    std::string note;
+    int icons = 0;
+    int texts = 0;
+    static BOOL CALLBACK CountStatics(HWND child, LPARAM) {
+        char name[32] = {};
+        ::GetClassNameA(child, name, sizeof name);
+        if (::lstrcmpiA(name, "Static") != 0) return TRUE;
+        if ((::GetWindowLongA(child, GWL_STYLE) & SS_TYPEMASK) == SS_ICON) {
+            if (::SendMessageA(child, STM_GETICON, 0, 0) != 0) ++current->icons;
+        } else {
+            ++current->texts;
+        }
+        return TRUE;
+    }
     static void CALLBACK OnTimer(HWND, UINT, UINT_PTR id, DWORD) {
         HWND dialog = ::GetActiveWindow();
         char text[128] = {};
@@ -432,6 +453,9 @@ struct AboutBoxCheck {
             current->caption = text;
             ::GetDlgItemTextA(dialog, 1001, text, sizeof text);
             current->title = text;
+            ::GetDlgItemTextA(dialog, 1002, text, sizeof text);
+            current->note = text;
+            ::EnumChildWindows(dialog, &CountStatics, 0);
             ::PostMessageA(dialog, WM_COMMAND, IDOK, 0);
         }
         ::KillTimer(nullptr, id);
@@ -448,6 +472,53 @@ TEST_F(DispatchTest, AboutBoxShowsDialogTwo) {
     EXPECT_TRUE(check.seen);
     EXPECT_EQ("About Lumbrel Control", check.caption);
     EXPECT_EQ("Lumbrel Control, Version 1.0 B1", check.title);
+    // An icon and two lines of text.
+    EXPECT_EQ(1, check.icons);
+    EXPECT_EQ(2, check.texts);
+    EXPECT_NE("", check.note);
+}
+
+// ---- Failures inside the members ---------------------------------------------------------
+
+TEST_F(DispatchTest, AFailedNavigationIsNoAutomationError) {
+    Activate();
+    control->ClearCalls();
+    control->failingCall = "NavigateToPath";
+    Bstr path(L"C:\\art\\cats");
+    EXPECT_EQ(S_OK, Call(control::kDispidSetItemPath, {Text(path), Long(3)}));
+    EXPECT_EQ((std::vector<std::string>{"NavigateToPath(C:\\art\\cats,3)"}), control->calls);
+    EXPECT_EQ("C:\\art\\cats", control->itemPath) << "the stored path stays";
+    EXPECT_EQ(3, control->initialPosition);
+
+    control->ClearCalls();
+    Bstr drive(L"E:");
+    EXPECT_EQ(S_OK, Call(control::kDispidRefreshCombo, {Text(drive), Bool(true)}));
+    EXPECT_EQ((std::vector<std::string>{"ResetDriveCombo(E:)", "NavigateToPath(E:,0)"}), control->calls);
+
+    control->ClearCalls();
+    control->failingCall = "ResetDriveCombo";
+    EXPECT_EQ(S_OK, Call(control::kDispidRefreshCombo, {Text(drive), Bool(true)}));
+    EXPECT_EQ((std::vector<std::string>{"ResetDriveCombo(E:)"}), control->calls);
+}
+
+TEST_F(DispatchTest, NoMembersFailureReachesTheHost) {
+    Activate();
+    control->failWithBadAlloc = true;
+    control->failingCall = "RebuildFromDriveCombo";
+    EXPECT_EQ(S_OK, Call(control::kDispidRefreshControl, {}));
+    control->failingCall = "RedrawThumbnails";
+    EXPECT_EQ(S_OK, Call(control::kDispidRedrawBitmaps, {}));
+    EXPECT_EQ(S_OK, Put(control::kDispidThumbNailState, Bool(false)));
+    // The radios were set before the redraw failed.
+    EXPECT_EQ(BST_CHECKED, Check(control::kSmallThumbnailsRadio));
+    EXPECT_EQ(BST_UNCHECKED, Check(control::kLargeThumbnailsRadio));
+    EXPECT_EQ(1u, control->Count("RebuildFromDriveCombo"));
+    EXPECT_EQ(2u, control->Count("RedrawThumbnails"));
+    // The control goes on answering.
+    Variant value;
+    ASSERT_EQ(S_OK, Get(control::kDispidThumbNailState, value.Get()));
+    EXPECT_EQ(VT_BOOL, value.Type());
+    EXPECT_EQ(VARIANT_FALSE, value.Get()->boolVal);
 }
 
 // ---- BSTR arguments -------------------------------------------------------------------

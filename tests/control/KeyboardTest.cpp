@@ -158,6 +158,18 @@ TEST_F(KeyboardTest, MovesEnsureVisibilityOnlyWhenNeeded) {
               control->calls);
 }
 
+TEST_F(KeyboardTest, AMoveStaysHandledWhenTellingTheHostFails) {
+    for (bool badAlloc : {false, true}) {
+        control->ClearCalls();
+        control->galleryPosition = browser::GalleryPosition{10, 2, 2, 3, 4};
+        control->failingCall = "OnGalleryCommand";
+        control->failWithBadAlloc = badAlloc;
+        EXPECT_TRUE(KeyDown(VK_RIGHT, gallery));
+        EXPECT_EQ(Moves(3), control->calls);
+        EXPECT_EQ(3, control->galleryPosition.selectedIndex);
+    }
+}
+
 TEST_F(KeyboardTest, LeftStopsAtTheFirstCell) {
     control->galleryPosition.selectedIndex = 5;
     EXPECT_TRUE(KeyDown(VK_LEFT, gallery));
@@ -250,6 +262,49 @@ TEST_F(KeyboardTest, DoubleClickInTheGalleryFiresItemSelThenItemDBClick) {
     EXPECT_EQ(0x4000, events[0].argumentType);
     EXPECT_EQ(static_cast<void*>(&control->itemInfo), events[0].reference);
     EXPECT_EQ(0, std::memcmp(&control->itemInfo, &events[0].record, 532));
+    EXPECT_EQ(control::kDispidItemDBClick, events[1].dispid);
+}
+
+struct CallBack {
+    IUnknown* control;
+    bool called = false;
+    HRESULT aspect = E_FAIL;
+    HRESULT setItemPath = E_FAIL;
+};
+
+TEST_F(KeyboardTest, TheHostMayCallTheControlFromInsideItemSel) {
+    CallBack back = {Unknown()};
+    sink->context = &back;
+    sink->onEvent = [](EventRecorder*, void* context) {
+        auto* b = static_cast<CallBack*>(context);
+        if (b->called) return;
+        b->called = true;
+        ComPtr<IDispatch> dispatch;
+        b->control->QueryInterface(IID_IDispatch, dispatch.PutVoid());
+        VARIANT value;
+        ::VariantInit(&value);
+        DISPPARAMS none = {nullptr, nullptr, 0, 0};
+        b->aspect = dispatch->Invoke(control::kDispidAspectRatio, IID_NULL, LOCALE_USER_DEFAULT,
+                                     DISPATCH_PROPERTYGET, &none, &value, nullptr, nullptr);
+        BSTR path = ::SysAllocString(L"C:\\elsewhere");
+        VARIANT arguments[2];
+        arguments[1].vt = VT_BSTR;
+        arguments[1].bstrVal = path;
+        arguments[0].vt = VT_I4;
+        arguments[0].lVal = 4;
+        DISPPARAMS call = {arguments, nullptr, 2, 0};
+        b->setItemPath = dispatch->Invoke(control::kDispidSetItemPath, IID_NULL, LOCALE_USER_DEFAULT,
+                                          DISPATCH_METHOD, &call, nullptr, nullptr, nullptr);
+        ::SysFreeString(path);
+    };
+    control->itemInfo = SampleRecord();
+    EXPECT_FALSE(DoubleClickAt(gallery));
+    EXPECT_TRUE(back.called);
+    EXPECT_EQ(S_OK, back.aspect);
+    EXPECT_EQ(S_OK, back.setItemPath);
+    EXPECT_EQ(1u, control->Count("NavigateToPath(C:\\elsewhere,4)"));
+    ASSERT_EQ(2u, events.size());
+    EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
     EXPECT_EQ(control::kDispidItemDBClick, events[1].dispid);
 }
 
@@ -347,11 +402,25 @@ TEST_F(KeyboardTest, TheDoubleClickReachesTheMapThroughAPlainMessageLoop) {
     POINT cursor = {};
     ::GetCursorPos(&cursor);
     if (cursor.x != center.x || cursor.y != center.y) GTEST_SKIP() << "this display cannot place the cursor";
+    // The gallery notes how many events the host had heard when the
+    // double click reached it.
+    struct Arrival : MessageLog {
+        const std::vector<RecordedEvent>* heard = nullptr;
+        size_t heardAtDoubleClick = 99;
+        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+            if (message == WM_LBUTTONDBLCLK) heardAtDoubleClick = heard->size();
+            return MessageLog::WindowProc(message, wParam, lParam);
+        }
+    } arrival;
+    arrival.heard = &events;
+    ASSERT_TRUE(arrival.SubclassWindow(gallery));
     ::PostMessageA(gallery, WM_LBUTTONDBLCLK, MK_LBUTTON, MAKELPARAM(5, 5));
     PumpMessages();
+    arrival.UnsubclassWindow();
     ASSERT_EQ(2u, events.size());
     EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
     EXPECT_EQ(control::kDispidItemDBClick, events[1].dispid);
+    EXPECT_EQ(2u, arrival.heardAtDoubleClick) << "both events go out before the gallery has the click";
 }
 
 TEST_F(KeyboardTest, TranslateAcceleratorDoesNotOfferAMessageTwice) {

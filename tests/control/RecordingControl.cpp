@@ -1,5 +1,7 @@
 #include "RecordingControl.h"
 
+#include <new>
+
 #include "ControlTestIds.h"
 
 RecordingControl::RecordingControl() : standIn_(IDD_TEST_BROWSER) {}
@@ -27,14 +29,17 @@ void RecordingControl::SetLargeThumbnails(BOOL large) {
 void RecordingControl::NavigateToPath(const std::string& path, long position) {
     calls.push_back("NavigateToPath(" + path + "," + std::to_string(position) + ")");
     itemPathAtNavigation = itemPath;
+    FailIfAsked("NavigateToPath");
 }
 
 void RecordingControl::ResetDriveCombo(const std::string& text) {
     calls.push_back("ResetDriveCombo(" + text + ")");
+    FailIfAsked("ResetDriveCombo");
 }
 
 void RecordingControl::RebuildFromDriveCombo() {
     calls.push_back("RebuildFromDriveCombo");
+    FailIfAsked("RebuildFromDriveCombo");
 }
 
 void RecordingControl::ClearGallery() {
@@ -43,6 +48,7 @@ void RecordingControl::ClearGallery() {
 
 void RecordingControl::RedrawThumbnails() {
     calls.push_back("RedrawThumbnails");
+    FailIfAsked("RedrawThumbnails");
 }
 
 void RecordingControl::OnLargeThumbnails() {
@@ -89,6 +95,7 @@ void RecordingControl::SetGalleryTopRow(int row, bool repaint) {
 
 void RecordingControl::OnGalleryCommand() {
     calls.push_back("OnGalleryCommand");
+    FailIfAsked("OnGalleryCommand");
 }
 
 size_t RecordingControl::Count(const std::string& prefix) const {
@@ -96,4 +103,10 @@ size_t RecordingControl::Count(const std::string& prefix) const {
     for (const std::string& call : calls)
         if (call.compare(0, prefix.size(), prefix) == 0) ++count;
     return count;
+}
+
+void RecordingControl::FailIfAsked(const std::string& call) const {
+    if (call != failingCall) return;
+    if (failWithBadAlloc) throw std::bad_alloc();
+    throw 42;
 }

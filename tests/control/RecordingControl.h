@@ -64,7 +64,13 @@ public:
     // The dialog side's itemPath when NavigateToPath was last called.
     std::string itemPathAtNavigation;
     bool createFails = false;
+    // The recorded call that throws once it is recorded: an int, as the
+    // browser's careful functions throw their line, or std::bad_alloc.
+    std::string failingCall;
+    bool failWithBadAlloc = false;
 
 private:
+    void FailIfAsked(const std::string& call) const;
+
     framework::win32::Dialog standIn_;
 };

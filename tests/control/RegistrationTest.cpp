@@ -60,6 +60,9 @@ TEST_F(RegistrationTest, WritesTheEntriesOfAControlAndItsPage) {
     EXPECT_EQ("Lumbrel Property Page", DefaultValue(kPageKey));
     EXPECT_EQ(path, DefaultValue(kPageKey + "\\InprocServer32"));
     EXPECT_EQ("Apartment", NamedValue(kPageKey + "\\InprocServer32", "ThreadingModel"));
+    EXPECT_EQ("LUMBREL.LumbrelPropPage.1", DefaultValue(kPageKey + "\\ProgID"));
+    EXPECT_EQ("{E59C4B47-C3EF-11D3-BC14-006097BFE3D4}", DefaultValue("LUMBREL.LumbrelPropPage.1\\CLSID"));
+    EXPECT_FALSE(KeyExists(kPageKey + "\\Control")) << "a page is no control";
 
     // What OLE reads back from them.
     DWORD status = 0;
