@@ -68,19 +68,10 @@ inline Bytes Bmp24(int32_t width, int32_t height, const Pattern& pattern = Gradi
 
 // A JPEG file of the pattern, encoded with WIC; empty if WIC fails.
 inline Bytes Jpeg(uint32_t width, uint32_t height, const Pattern& pattern = Gradient) {
-    const uint32_t stride = picturefactory::Stride(width, 24);
-    Bytes rows(static_cast<size_t>(stride) * height, 0);
-    for (uint32_t y = 0; y < height; ++y)
-        for (uint32_t x = 0; x < width; ++x) {
-            const Rgb c = pattern(static_cast<int32_t>(x), static_cast<int32_t>(y));
-            uint8_t* p = rows.data() + static_cast<size_t>(y) * stride + 3 * x;
-            p[0] = c.b;
-            p[1] = c.g;
-            p[2] = c.r;
-        }
-    return picturefactory::Encode(GUID_ContainerFormatJpeg, GUID_WICPixelFormat24bppBGR, width, height, rows,
-                                  stride)
-        .bytes;
+    return picturefactory::EncodeBgr24(GUID_ContainerFormatJpeg, width, height, [&](int32_t x, int32_t y) {
+        const Rgb c = pattern(x, y);
+        return picturefactory::Bgra{c.b, c.g, c.r, 255};
+    });
 }
 
 // What every sample metafile draws: a pen and brush of their own, shapes,
