@@ -18,56 +18,13 @@
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
-#include "framework/win32/GdiHandles.h"
 #include "host/Screenshot.h"
+#include "support/Canvas.h"
 
 namespace {
 
 using browsertest::DialogHarness;
-
-// A 32-bit top-down picture of `cx` x `cy` pixels that a window can draw into.
-class Canvas {
-public:
-    Canvas(int cx, int cy) : cx_(cx), cy_(cy) {
-        BITMAPINFO info = {};
-        info.bmiHeader.biSize = sizeof info.bmiHeader;
-        info.bmiHeader.biWidth = cx;
-        info.bmiHeader.biHeight = -cy;
-        info.bmiHeader.biPlanes = 1;
-        info.bmiHeader.biBitCount = 32;
-        info.bmiHeader.biCompression = BI_RGB;
-        bitmap_.Reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits_, nullptr, 0));
-        dc_.Reset(::CreateCompatibleDC(nullptr));
-        if (bitmap_ && dc_) old_ = ::SelectObject(dc_.Get(), bitmap_.Get());
-    }
-    ~Canvas() {
-        if (old_ != nullptr) ::SelectObject(dc_.Get(), old_);
-    }
-    Canvas(const Canvas&) = delete;
-    Canvas& operator=(const Canvas&) = delete;
-
-    bool Ok() const { return old_ != nullptr && bits_ != nullptr; }
-    HDC Dc() const { return dc_.Get(); }
-    std::vector<uint8_t> Rgb() const {
-        ::GdiFlush();
-        std::vector<uint8_t> rgb(static_cast<size_t>(cx_) * static_cast<size_t>(cy_) * 3);
-        const auto* pixels = static_cast<const uint8_t*>(bits_);
-        for (size_t i = 0; i < rgb.size() / 3; ++i) {
-            rgb[i * 3] = pixels[i * 4 + 2];
-            rgb[i * 3 + 1] = pixels[i * 4 + 1];
-            rgb[i * 3 + 2] = pixels[i * 4];
-        }
-        return rgb;
-    }
-
-private:
-    int cx_;
-    int cy_;
-    void* bits_ = nullptr;
-    framework::win32::UniqueBitmap bitmap_;
-    framework::win32::UniqueDc dc_;
-    HGDIOBJ old_ = nullptr;
-};
+using testsupport::Canvas;
 
 // Draws `window` into `target` at its place relative to `origin` (screen
 // coordinates of the target's top left), then its visible children from the

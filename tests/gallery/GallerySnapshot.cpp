@@ -17,48 +17,20 @@
 #include <vector>
 
 #include "GalleryPictures.h"
-#include "framework/win32/GdiHandles.h"
 #include "gallery/ThumbnailGalleryItem.h"
 #include "gallery/ThumbnailGalleryWindow.h"
+#include "support/Canvas.h"
 #include "support/PictureFactory.h"
 
 namespace {
 
-using framework::win32::UniqueBitmap;
-using framework::win32::UniqueDc;
 using gallery::CThumbnailGalleryItem;
 using gallery::CThumbnailGalleryWindow;
+using testsupport::Canvas;
 
 constexpr int kMargin = 16;
 
 class HostWindow : public framework::win32::Window {};
-
-// A 32-bit top-down picture of the whole snapshot.
-struct Picture {
-    Picture(int w, int h) : width(w), height(h) {
-        BITMAPINFO info = {};
-        info.bmiHeader.biSize = sizeof(BITMAPINFOHEADER);
-        info.bmiHeader.biWidth = w;
-        info.bmiHeader.biHeight = -h;
-        info.bmiHeader.biPlanes = 1;
-        info.bmiHeader.biBitCount = 32;
-        info.bmiHeader.biCompression = BI_RGB;
-        bitmap.Reset(::CreateDIBSection(nullptr, &info, DIB_RGB_COLORS, &bits, nullptr, 0));
-        dc.Reset(::CreateCompatibleDC(nullptr));
-        previous = ::SelectObject(dc.Get(), bitmap.Get());
-        const RECT all = {0, 0, w, h};
-        ::FillRect(dc.Get(), &all, static_cast<HBRUSH>(::GetStockObject(GRAY_BRUSH)));
-    }
-    ~Picture() { ::SelectObject(dc.Get(), previous); }
-    Picture(const Picture&) = delete;
-    Picture& operator=(const Picture&) = delete;
-
-    int width, height;
-    void* bits = nullptr;
-    UniqueBitmap bitmap;
-    UniqueDc dc;
-    HGDIOBJ previous = nullptr;
-};
 
 struct Panel {
     std::unique_ptr<CThumbnailGalleryWindow> gallery;
@@ -109,20 +81,19 @@ int main(int argc, char** argv) {
 
     const int width = kMargin * 3 + large.client.cx + small.client.cx;
     const int height = kMargin * 2 + large.client.cy;
-    Picture picture(width, height);
+    Canvas picture(width, height, RGB(128, 128, 128));
     int x = kMargin;
     for (Panel* panel : {&large, &small}) {
-        Picture part(panel->client.cx, panel->client.cy);
-        panel->gallery->PaintInto(part.dc.Get());
-        ::BitBlt(picture.dc.Get(), x, kMargin, panel->client.cx, panel->client.cy, part.dc.Get(), 0, 0,
-                 SRCCOPY);
+        Canvas part(panel->client.cx, panel->client.cy);
+        panel->gallery->PaintInto(part.Dc());
+        ::BitBlt(picture.Dc(), x, kMargin, panel->client.cx, panel->client.cy, part.Dc(), 0, 0, SRCCOPY);
         x += panel->client.cx + kMargin;
     }
     ::GdiFlush();
 
     const uint32_t stride = picturefactory::Stride(static_cast<uint32_t>(width), 24);
     picturefactory::Bytes rows(static_cast<size_t>(stride) * height);
-    const auto* pixels = static_cast<const uint8_t*>(picture.bits);
+    const auto* pixels = reinterpret_cast<const uint8_t*>(picture.Pixels());
     for (int y = 0; y < height; ++y)
         for (int i = 0; i < width; ++i)
             for (int c = 0; c < 3; ++c)
