@@ -139,7 +139,6 @@ void SetIndex(uint8_t* row, int32_t x, int32_t bits, uint32_t index) {
     }
 }
 
-// Pixels x0 .. x0+count-1 of row y as blue, green, red, alpha.
 // A buffer for one row of `width` pixels as blue, green, red, alpha; false
 // when the memory is not there.
 bool MakeBgraRow(std::vector<uint8_t>& row, int32_t width) {
@@ -151,6 +150,7 @@ bool MakeBgraRow(std::vector<uint8_t>& row, int32_t width) {
     }
 }
 
+// Pixels x0 .. x0+count-1 of row y as blue, green, red, alpha.
 void ReadRowBgra(const BitmapDescriptor& bitmap, int32_t y, int32_t x0, int32_t count, uint8_t* out) {
     const uint8_t* row = kernel::Row(bitmap, y);
     const bool rgb = bitmap.colorOrder == kColorOrderRgb;
