@@ -48,8 +48,3 @@ TEST(GalleryStateQuery, AnEmptyGalleryAndAnUnknownField) {
     EXPECT_EQ(Ask(f.gallery, 99), 0);
     EXPECT_EQ(Ask(f.gallery, static_cast<WPARAM>(-1)), 0);
 }
-
-TEST(GalleryStateQuery, AnotherWindowDoesNotAnswerWithTheSignature) {
-    Host other;
-    EXPECT_NE(Ask(other, gallery::kGalleryStateSignatureField), gallery::kGalleryStateSignature);
-}
