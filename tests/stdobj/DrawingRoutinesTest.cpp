@@ -91,7 +91,7 @@ std::string Describe(const RECT& r) {
 
 TEST(PatBltRasterOperation, FollowsTheDrawingMode) {
     DibCanvas canvas(1, 1);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     EXPECT_EQ(foundation::PatBltRasterOperation(canvas.Dc()), static_cast<DWORD>(PATCOPY));
     ::SetROP2(canvas.Dc(), R2_XORPEN);
     EXPECT_EQ(foundation::PatBltRasterOperation(canvas.Dc()), static_cast<DWORD>(0x5A0049));
@@ -105,7 +105,7 @@ TEST(PatBltRasterOperation, FollowsTheDrawingMode) {
 
 TEST(PatBltRect, PaintsTheRectangleWithTheCurrentBrush) {
     InkCanvas canvas(12, 8);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::PatBltRect(canvas.Dc(), RECT{2, 1, 7, 4});
     EXPECT_EQ(canvas.Map(kInk),
               "............\n"
@@ -120,42 +120,42 @@ TEST(PatBltRect, PaintsTheRectangleWithTheCurrentBrush) {
 
 TEST(PatBltRect, InvertsUnderTheXorMode) {
     InkCanvas canvas(4, 4);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     ::SetROP2(canvas.Dc(), R2_XORPEN);
     foundation::PatBltRect(canvas.Dc(), RECT{0, 0, 2, 2});
-    EXPECT_EQ(canvas.At(0, 0), RGB(255 ^ 200, 255 ^ 30, 255 ^ 60));
-    EXPECT_EQ(canvas.At(3, 3), kWhite);
+    EXPECT_EQ(canvas.Pixel(0, 0), RGB(255 ^ 200, 255 ^ 30, 255 ^ 60));
+    EXPECT_EQ(canvas.Pixel(3, 3), kWhite);
     foundation::PatBltRect(canvas.Dc(), RECT{0, 0, 2, 2});
-    EXPECT_EQ(canvas.At(0, 0), kWhite) << "inverting twice gives the picture back";
+    EXPECT_EQ(canvas.Pixel(0, 0), kWhite) << "inverting twice gives the picture back";
 }
 
 TEST(PatBltRect, UsesPatternXnorDestinationUnderTheNotXorMode) {
     DibCanvas canvas(2, 2, RGB(0x0F, 0xF0, 0x55));
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     UniqueBrush brush(::CreateSolidBrush(RGB(0xFF, 0x00, 0xAA)));
     SelectionGuard selection(canvas.Dc(), brush.Get());
     ::SetROP2(canvas.Dc(), R2_NOTXORPEN);
     foundation::PatBltRect(canvas.Dc(), RECT{0, 0, 1, 1});
     // ~(0x0F ^ 0xFF), ~(0xF0 ^ 0x00), ~(0x55 ^ 0xAA).
-    EXPECT_EQ(canvas.At(0, 0), RGB(0x0F, 0x0F, 0x00));
-    EXPECT_EQ(canvas.At(1, 1), RGB(0x0F, 0xF0, 0x55));
+    EXPECT_EQ(canvas.Pixel(0, 0), RGB(0x0F, 0x0F, 0x00));
+    EXPECT_EQ(canvas.Pixel(1, 1), RGB(0x0F, 0xF0, 0x55));
 }
 
 TEST(PatBltRect, OutTo20000PaintsOnlyThePartInsideTheClipBox) {
     InkCanvas canvas(48, 48);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     ASSERT_NE(::IntersectClipRect(canvas.Dc(), 8, 10, 40, 30), ERROR);
     foundation::PatBltRect(canvas.Dc(), RECT{-20000, -20000, 20000, 20000});
-    EXPECT_EQ(canvas.CountIn(RECT{8, 10, 40, 30}, kInk), 32 * 20);
+    EXPECT_EQ(canvas.Count(RECT{8, 10, 40, 30}, kInk), 32 * 20);
     EXPECT_EQ(canvas.Count(kInk), 32 * 20);
 }
 
 TEST(PatBltRect, OneSideOutTo20000IsCutToTheClipBox) {
     InkCanvas canvas(48, 48);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     ASSERT_NE(::IntersectClipRect(canvas.Dc(), 8, 10, 40, 30), ERROR);
     foundation::PatBltRect(canvas.Dc(), RECT{-20000, 12, 20, 14});
-    EXPECT_EQ(canvas.CountIn(RECT{8, 12, 20, 14}, kInk), 12 * 2);
+    EXPECT_EQ(canvas.Count(RECT{8, 12, 20, 14}, kInk), 12 * 2);
     EXPECT_EQ(canvas.Count(kInk), 12 * 2);
 }
 
@@ -190,7 +190,7 @@ TEST(PatBltRect, NothingLeftInsideTheClipBoxPaintsNothing) {
 
 TEST(PatBltRect, ExtremeCoordinatesAreSafe) {
     InkCanvas canvas(8, 8);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::PatBltRect(canvas.Dc(), RECT{INT_MIN, INT_MIN, INT_MAX, INT_MAX});
     EXPECT_EQ(canvas.Count(kInk), 64);
     canvas.Fill(kWhite);
@@ -202,18 +202,18 @@ TEST(PatBltRect, ExtremeCoordinatesAreSafe) {
 
 TEST(FillRectWithBrush, PaintsWithTheBrushAndPutsTheOldOneBack) {
     DibCanvas canvas(6, 6);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     UniqueBrush brush(::CreateSolidBrush(kInk));
     const HGDIOBJ before = ::GetCurrentObject(canvas.Dc(), OBJ_BRUSH);
     foundation::FillRectWithBrush(canvas.Dc(), RECT{1, 1, 3, 4}, brush.Get());
     EXPECT_EQ(::GetCurrentObject(canvas.Dc(), OBJ_BRUSH), before);
-    EXPECT_EQ(canvas.CountIn(RECT{1, 1, 3, 4}, kInk), 6);
+    EXPECT_EQ(canvas.Count(RECT{1, 1, 3, 4}, kInk), 6);
     EXPECT_EQ(canvas.Count(kInk), 6);
 }
 
 TEST(FillRectWithBrush, NoBrushPaintsNothing) {
     InkCanvas canvas(4, 4);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     const HGDIOBJ before = ::GetCurrentObject(canvas.Dc(), OBJ_BRUSH);
     foundation::FillRectWithBrush(canvas.Dc(), RECT{0, 0, 4, 4}, nullptr);
     EXPECT_EQ(canvas.Count(kInk), 0) << "not even with the brush that was selected";
@@ -222,18 +222,18 @@ TEST(FillRectWithBrush, NoBrushPaintsNothing) {
 
 TEST(FillRectWithBrush, FollowsTheDrawingModeAsPatBltRectDoes) {
     DibCanvas canvas(2, 1, RGB(0, 0, 0));
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     UniqueBrush brush(::CreateSolidBrush(kInk));
     ::SetROP2(canvas.Dc(), R2_XORPEN);
     foundation::FillRectWithBrush(canvas.Dc(), RECT{0, 0, 1, 1}, brush.Get());
     foundation::FillRectWithBrush(canvas.Dc(), RECT{0, 0, 2, 1}, brush.Get());
-    EXPECT_EQ(canvas.At(0, 0), RGB(0, 0, 0));
-    EXPECT_EQ(canvas.At(1, 0), kInk);
+    EXPECT_EQ(canvas.Pixel(0, 0), RGB(0, 0, 0));
+    EXPECT_EQ(canvas.Pixel(1, 0), kInk);
 }
 
 TEST(FrameRectThick, FourStripsInsideTheRectangle) {
     InkCanvas canvas(12, 10);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::FrameRectThick(canvas.Dc(), 2, RECT{1, 1, 11, 9});
     EXPECT_EQ(canvas.Map(kInk),
               "............\n"
@@ -250,7 +250,7 @@ TEST(FrameRectThick, FourStripsInsideTheRectangle) {
 
 TEST(FrameRectThick, StripsDoNotOverlapUnderXor) {
     InkCanvas canvas(6, 6);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     ::SetROP2(canvas.Dc(), R2_XORPEN);
     const COLORREF inverted = RGB(255 ^ 200, 255 ^ 30, 255 ^ 60);
     foundation::FrameRectThick(canvas.Dc(), 1, RECT{0, 0, 6, 6});
@@ -262,7 +262,7 @@ TEST(FrameRectThick, StripsDoNotOverlapUnderXor) {
 
 TEST(FrameRectThick, NoThicknessDrawsNothing) {
     InkCanvas canvas(6, 6);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::FrameRectThick(canvas.Dc(), 0, RECT{0, 0, 6, 6});
     foundation::FrameRectThick(canvas.Dc(), -3, RECT{0, 0, 6, 6});
     foundation::FrameRectThick(canvas.Dc(), 2, RECT{4, 4, 2, 2});
@@ -271,7 +271,7 @@ TEST(FrameRectThick, NoThicknessDrawsNothing) {
 
 TEST(FrameRectThick, ExtremeArgumentsAreSafe) {
     InkCanvas canvas(6, 6);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::FrameRectThick(canvas.Dc(), INT_MAX, RECT{INT_MIN, INT_MIN, INT_MAX, INT_MAX});
     EXPECT_EQ(canvas.Count(kInk), 36);
     canvas.Fill(kWhite);
@@ -281,7 +281,7 @@ TEST(FrameRectThick, ExtremeArgumentsAreSafe) {
 
 TEST(FrameRectOneLine, TopAndSidesOpenAtTheBottom) {
     InkCanvas canvas(8, 6);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::FrameRectOneLine(canvas.Dc(), RECT{1, 1, 7, 5});
     EXPECT_EQ(canvas.Map(kInk),
               "........\n"
@@ -294,7 +294,7 @@ TEST(FrameRectOneLine, TopAndSidesOpenAtTheBottom) {
 
 TEST(FrameRectOneLine, NarrowRectanglesPaintEachPixelOnce) {
     InkCanvas canvas(3, 4);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     ::SetROP2(canvas.Dc(), R2_XORPEN);
     const COLORREF inverted = RGB(255 ^ 200, 255 ^ 30, 255 ^ 60);
     foundation::FrameRectOneLine(canvas.Dc(), RECT{1, 0, 2, 4});
@@ -311,7 +311,7 @@ TEST(FrameRectOneLine, NarrowRectanglesPaintEachPixelOnce) {
 
 TEST(FillBetweenRects, PaintsAroundTheInnerRectangle) {
     InkCanvas canvas(10, 8);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::FillBetweenRects(canvas.Dc(), RECT{1, 1, 9, 7}, RECT{3, 2, 6, 5});
     EXPECT_EQ(canvas.Map(kInk),
               "..........\n"
@@ -326,7 +326,7 @@ TEST(FillBetweenRects, PaintsAroundTheInnerRectangle) {
 
 TEST(FillBetweenRects, CopiesThePatternWhateverTheDrawingMode) {
     InkCanvas canvas(4, 4);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     ::SetROP2(canvas.Dc(), R2_XORPEN);
     foundation::FillBetweenRects(canvas.Dc(), RECT{0, 0, 4, 4}, RECT{1, 1, 3, 3});
     EXPECT_EQ(canvas.Count(kInk), 12);
@@ -347,7 +347,7 @@ TEST(FillBetweenRects, LeavesOutEmptyStrips) {
 
 TEST(FillBetweenRects, NeverPaintsOutsideTheOuterRectangle) {
     InkCanvas canvas(10, 10);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     foundation::FillBetweenRects(canvas.Dc(), RECT{2, 2, 8, 8}, RECT{5, 0, 20, 4});
     EXPECT_EQ(canvas.Map(kInk),
               "..........\n"
@@ -373,7 +373,7 @@ TEST(FillBetweenRects, NeverPaintsOutsideTheOuterRectangle) {
 
 TEST(DrawLine, DrawsWithTheCurrentPenAndMovesThePosition) {
     DibCanvas canvas(12, 4);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     framework::win32::UniquePen pen(::CreatePen(PS_SOLID, 0, kInk));
     SelectionGuard selection(canvas.Dc(), pen.Get());
     foundation::DrawLine(canvas.Dc(), 2, 1, 9, 1);
@@ -390,7 +390,7 @@ TEST(DrawLine, DrawsWithTheCurrentPenAndMovesThePosition) {
 
 TEST(BlitBitmap, CopiesPartOfTheBitmap) {
     DibCanvas source(4, 4, RGB(0, 0, 255));
-    ASSERT_TRUE(source.IsValid());
+    ASSERT_TRUE(source.Ok());
     ::SetPixel(source.Dc(), 1, 1, kInk);
     ::SetPixel(source.Dc(), 2, 1, RGB(0, 255, 0));
     // The bitmap must leave its own context before it is blitted.
@@ -401,15 +401,15 @@ TEST(BlitBitmap, CopiesPartOfTheBitmap) {
         ::BitBlt(copy.Get(), 0, 0, 4, 4, source.Dc(), 0, 0, SRCCOPY);
     }
     DibCanvas target(8, 8);
-    ASSERT_TRUE(target.IsValid());
+    ASSERT_TRUE(target.Ok());
     EXPECT_TRUE(foundation::BlitBitmap(target.Dc(), 5, 6, 2, 1, bitmap.Get(), 1, 1, SRCCOPY));
-    EXPECT_EQ(target.At(5, 6), kInk);
-    EXPECT_EQ(target.At(6, 6), RGB(0, 255, 0));
+    EXPECT_EQ(target.Pixel(5, 6), kInk);
+    EXPECT_EQ(target.Pixel(6, 6), RGB(0, 255, 0));
     EXPECT_EQ(target.Count(kWhite), 62);
 
     // The raster operation is the caller's.
     EXPECT_TRUE(foundation::BlitBitmap(target.Dc(), 0, 0, 1, 1, bitmap.Get(), 0, 0, SRCINVERT));
-    EXPECT_EQ(target.At(0, 0), RGB(255, 255, 0));
+    EXPECT_EQ(target.Pixel(0, 0), RGB(255, 255, 0));
 
     // The bitmap is free again afterwards.
     framework::win32::UniqueDc other(::CreateCompatibleDC(nullptr));
@@ -419,7 +419,7 @@ TEST(BlitBitmap, CopiesPartOfTheBitmap) {
 
 TEST(BlitBitmap, NoBitmapCopiesNothing) {
     DibCanvas target(2, 2);
-    ASSERT_TRUE(target.IsValid());
+    ASSERT_TRUE(target.Ok());
     EXPECT_FALSE(foundation::BlitBitmap(target.Dc(), 0, 0, 2, 2, nullptr, 0, 0, SRCCOPY));
     EXPECT_EQ(target.Count(kWhite), 4);
 }
@@ -462,7 +462,7 @@ protected:
 TEST_F(FrameColours, Draw3dFrameTopLeftOverBottomRight) {
     ASSERT_TRUE(colors_.Succeeded());
     DibCanvas canvas(8, 6);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     const COLORREF background = ::SetBkColor(canvas.Dc(), RGB(1, 2, 3));
     foundation::Draw3dFrame(canvas.Dc(), RECT{1, 1, 7, 5}, COLOR_BTNHIGHLIGHT, COLOR_BTNSHADOW);
     EXPECT_EQ(canvas.Map(kHighlight, 'H'),
@@ -496,8 +496,8 @@ TEST_F(FrameColours, HotFramePressedIsSunken) {
         DibCanvas canvas(5, 5);
         RECT inner = {};
         foundation::DrawHotFrame(canvas.Dc(), &inner, RECT{0, 0, 5, 5}, flags);
-        EXPECT_EQ(canvas.At(0, 0), kShadow) << flags;
-        EXPECT_EQ(canvas.At(4, 4), kHighlight) << flags;
+        EXPECT_EQ(canvas.Pixel(0, 0), kShadow) << flags;
+        EXPECT_EQ(canvas.Pixel(4, 4), kHighlight) << flags;
         EXPECT_TRUE(SameRect(inner, RECT{1, 1, 4, 4})) << Describe(inner);
     }
 }
@@ -532,7 +532,7 @@ TEST_F(FrameColours, HotFrameOfAWindowFollowsTheCursor) {
         foundation::DrawHotFrame(dc.Get(), nullptr, RECT{0, 0, 10, 10}, 0);
         DibCanvas copy(10, 10);
         ::BitBlt(copy.Dc(), 0, 0, 10, 10, dc.Get(), 0, 0, SRCCOPY);
-        return std::make_pair(copy.At(0, 0), copy.At(9, 9));
+        return std::make_pair(copy.Pixel(0, 0), copy.Pixel(9, 9));
     };
     const auto hot = frameColours(POINT{5, 5});
     EXPECT_EQ(hot.first, kHighlight);

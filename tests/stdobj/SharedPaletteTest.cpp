@@ -88,7 +88,7 @@ TEST_F(SharedPaletteTest, SelectsAndRealizesIntoAContext) {
     foundation::CSharedPalette* palette = foundation::GetSharedPalette();
     ASSERT_NE(palette, nullptr);
     stdobjtest::DibCanvas canvas(4, 4);
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     framework::win32::PaletteSelectionGuard selection(canvas.Dc(), palette->Handle(), true);
     EXPECT_TRUE(selection.Succeeded());
     EXPECT_NE(::RealizePalette(canvas.Dc()), GDI_ERROR);

@@ -272,14 +272,14 @@ TEST_F(StdobjTest, HalftoneBrushIsACheckerboardOfButtonFaceAndHighlight) {
     EXPECT_EQ(foundation::GetHalftoneBrush(), halftone);
 
     DibCanvas canvas(16, 16, RGB(0, 0, 0));
-    ASSERT_TRUE(canvas.IsValid());
+    ASSERT_TRUE(canvas.Ok());
     {
         framework::win32::SelectionGuard selection(canvas.Dc(), halftone);
         ::PatBlt(canvas.Dc(), 0, 0, 16, 16, PATCOPY);
     }
     for (int y = 0; y < 16; ++y)
         for (int x = 0; x < 16; ++x)
-            ASSERT_EQ(canvas.At(x, y), (x + y) % 2 == 0 ? face : highlight) << x << "," << y;
+            ASSERT_EQ(canvas.Pixel(x, y), (x + y) % 2 == 0 ? face : highlight) << x << "," << y;
 }
 
 TEST_F(StdobjTest, HalftoneBrushKeepsItsColoursWhenTheSystemsChange) {
@@ -297,8 +297,8 @@ TEST_F(StdobjTest, HalftoneBrushKeepsItsColoursWhenTheSystemsChange) {
         framework::win32::SelectionGuard selection(after.Dc(), foundation::GetHalftoneBrush());
         ::PatBlt(after.Dc(), 0, 0, 2, 1, PATCOPY);
     }
-    EXPECT_EQ(after.At(0, 0), before.At(0, 0));
-    EXPECT_EQ(after.At(1, 0), before.At(1, 0));
+    EXPECT_EQ(after.Pixel(0, 0), before.Pixel(0, 0));
+    EXPECT_EQ(after.Pixel(1, 0), before.Pixel(1, 0));
 }
 
 // ---- Window class, clipboard formats, screen --------------------------------------------------
