@@ -1,6 +1,6 @@
 // The keyword index of a container: a serialised map from keyword to the
 // offset of an item list, read anew by every operation.
-#include <cstdio>
+#include <charconv>
 #include <string>
 
 #include "containers/ArtContainer.h"
@@ -50,10 +50,11 @@ private:
     size_t spent_ = 0;
 };
 
+// The text of "%ld".
 std::string FormatLong(int32_t value) {
     char text[16];
-    std::snprintf(text, sizeof text, "%ld", static_cast<long>(value));
-    return text;
+    const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
+    return std::string(text, end.ptr);
 }
 
 }  // namespace
@@ -170,10 +171,10 @@ bool CArtContainer::LoadItemKeywordMap(framework::StringMap& itemToKeywords) {
                     itemToKeywords.SetAt(item, "," + appended);
                 } else {
                     budget.Spend(appended.size());
-                    itemToKeywords.AppendToValue(item, appended);
-                    // Where removing the key and storing the longer text would
-                    // put it: at the head of its bucket, which later walks see.
-                    itemToKeywords.MoveToHead(item);
+                    // In place, and the key moves to the head of its bucket as
+                    // removing it and storing the longer text would: later
+                    // walks see that order.
+                    itemToKeywords.ExtendValue(item, appended);
                 }
                 prev = next;
             }

@@ -76,16 +76,14 @@ const std::string* StringMap::ValueOf(const std::string& key) const {
     return node < 0 ? nullptr : &nodes_[static_cast<size_t>(node)].value;
 }
 
-bool StringMap::AppendToValue(const std::string& key, const std::string& text) {
+bool StringMap::ExtendValue(const std::string& key, const std::string& text) {
     const int node = Find(key);
     if (node < 0) return false;
-    nodes_[static_cast<size_t>(node)].value.append(text.c_str());
-    return true;
-}
-
-bool StringMap::MoveToHead(const std::string& key) {
-    const int node = Find(key);
-    if (node < 0) return false;
+    std::string& value = nodes_[static_cast<size_t>(node)].value;
+    if (IsCText(text))
+        value.append(text);
+    else
+        value.append(text.c_str());
     Unlink(node);
     LinkAtHead(node);
     return true;

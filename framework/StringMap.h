@@ -39,13 +39,11 @@ public:
 
     // The value of `key` without a copy, or null; valid until the map changes.
     const std::string* ValueOf(const std::string& key) const;
-    // Appends `text` to the value of an existing key, in place; false when the
-    // key is absent.
-    bool AppendToValue(const std::string& key, const std::string& text);
-    // Puts an existing key at the head of its bucket, where RemoveKey followed
-    // by SetAt of the same pair would put it, without copying either text;
-    // false when the key is absent.
-    bool MoveToHead(const std::string& key);
+    // Appends `text` to the value of an existing key and puts the key at the
+    // head of its bucket: the pair as RemoveKey followed by SetAt(key, value +
+    // text) would leave it, without copying the value. False when the key is
+    // absent.
+    bool ExtendValue(const std::string& key, const std::string& text);
 
     // Calls f(key, value) for each pair in iteration order.
     template <typename F>

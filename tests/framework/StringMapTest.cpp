@@ -83,37 +83,34 @@ TEST(StringMap, ValueOfGivesTheStoredTextWithoutACopy) {
     EXPECT_EQ(map.ValueOf(std::string("dog\0x", 5)), value) << "the key ends at its NUL, as in SetAt";
 }
 
-TEST(StringMap, AppendToValueExtendsInPlaceAndKeepsThePlace) {
-    StringMap map;
-    map.SetAt("a", ",x,");
-    map.SetAt("r", ",y,");
-    EXPECT_TRUE(map.AppendToValue("a", "z,"));
-    EXPECT_TRUE(map.AppendToValue("a", std::string("w\0tail", 6)));
-    EXPECT_FALSE(map.AppendToValue("b", "never"));
-    EXPECT_EQ(map.Pairs(), (Pairs{{"r", ",y,"}, {"a", ",x,z,w"}}));
-    EXPECT_EQ(map.GetCount(), 2);
-}
-
-TEST(StringMap, MoveToHeadPutsTheKeyWhereRemoveAndSetAtWould) {
-    // Four keys of one bucket: moving the head, the middle and the tail.
-    StringMap moved;
+TEST(StringMap, ExtendValueIsRemoveThenSetAtOfTheLongerText) {
+    // Four keys of one bucket: extending the head, the middle and the tail.
+    StringMap extended;
     StringMap removed;
     const std::vector<std::string> keys = {"3", "11", "22", "33"};  // all in bucket 0
     for (const std::string& key : keys) {
         ASSERT_EQ(StringMap::HashKey(key) % StringMap::kBucketCount, 0u) << key;
-        moved.SetAt(key, "v" + key);
+        extended.SetAt(key, "v" + key);
         removed.SetAt(key, "v" + key);
     }
     for (const char* key : {"11", "3", "3", "33", "22"}) {
-        EXPECT_TRUE(moved.MoveToHead(key));
+        EXPECT_TRUE(extended.ExtendValue(key, ",x"));
         std::string value;
         ASSERT_TRUE(removed.Lookup(key, value));
         removed.RemoveKey(key);
-        removed.SetAt(key, value);
-        EXPECT_EQ(moved.Pairs(), removed.Pairs()) << "after moving " << key;
+        removed.SetAt(key, value + ",x");
+        EXPECT_EQ(extended.Pairs(), removed.Pairs()) << "after extending " << key;
     }
-    EXPECT_FALSE(moved.MoveToHead("4"));
-    EXPECT_EQ(moved.GetCount(), 4);
+    EXPECT_FALSE(extended.ExtendValue("4", "never"));
+    EXPECT_EQ(extended.GetCount(), 4);
+    EXPECT_EQ(extended.ValueOf("4"), nullptr);
+}
+
+TEST(StringMap, ExtendValueStopsAtAnEmbeddedNul) {
+    StringMap map;
+    map.SetAt("a", ",x,");
+    EXPECT_TRUE(map.ExtendValue("a", std::string("w\0tail", 6)));
+    EXPECT_EQ(*map.ValueOf("a"), ",x,w");
 }
 
 TEST(StringMap, AgreesWithAPlainModelOfTheBucketChains) {
@@ -164,12 +161,11 @@ TEST(StringMap, AgreesWithAPlainModelOfTheBucketChains) {
             case 2: EXPECT_EQ(map.RemoveKey(key), model.RemoveKey(key)); break;
             case 3:
                 if (map.Lookup(key, before)) {
-                    ASSERT_TRUE(map.AppendToValue(key, value));
-                    ASSERT_TRUE(map.MoveToHead(key));
+                    ASSERT_TRUE(map.ExtendValue(key, value));
                     model.RemoveKey(key);
                     model.SetAt(key, before + value);
                 } else {
-                    EXPECT_FALSE(map.MoveToHead(key));
+                    EXPECT_FALSE(map.ExtendValue(key, value));
                 }
                 break;
             default:
