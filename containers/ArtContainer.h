@@ -88,7 +88,10 @@ public:
     // The item's main data, decompressed by its chunk's method, or null with
     // *size 0. An imploded chunk yields its data only when the explode adapter
     // reports failure, and null when it succeeds: the status of every method
-    // is tested against zlib's success code, and that reversal is kept.
+    // is tested against zlib's success code, and that reversal is kept. A
+    // chunk of an unknown method yields uncompressedSize zero bytes. A size
+    // that the payload cannot decode to, or above kMaxItemDataSize, gives
+    // null before anything is allocated (containers/ItemDataBounds.h).
     std::unique_ptr<uint8_t[]> ReadItemData(int32_t item, int32_t* size);
     std::unique_ptr<ArtRawChunk> ReadRawItemData(int32_t* uncompressedSize, int32_t item);
 
