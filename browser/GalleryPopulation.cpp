@@ -1,7 +1,7 @@
 // Filling the gallery. A container's thumbnails are read ready-made from the
 // container and loaded in full; a single picture arrives from the preview
 // renderer at its own size and is sized here for its cell. Every cell is a
-// thumbnail item in the process-wide library plus a gallery item pointing at
+// thumbnail item in this browser's library plus a gallery item pointing at
 // it; both routes begin by emptying the library and the gallery.
 #include <cstring>
 #include <memory>
@@ -28,9 +28,9 @@ int32_t Truncated(int64_t numerator, int64_t denominator) {
 
 // Appends `item` to the library, which owns it from then on; the item's
 // address, which the gallery's cell keeps.
-thumbnails::CThumbnailItem* AppendToLibrary(std::unique_ptr<thumbnails::CThumbnailItem> item) {
-    thumbnails::CThumbnailLibrary* library = thumbnails::CThumbnailLibrary::GetInstance();
-    library->items.Add(item.get());
+thumbnails::CThumbnailItem* AppendToLibrary(thumbnails::CThumbnailLibrary& library,
+                                            std::unique_ptr<thumbnails::CThumbnailItem> item) {
+    library.items.Add(item.get());
     return item.release();
 }
 
@@ -106,13 +106,18 @@ std::string ContainerItemPath(const std::string& containerPath, const std::strin
     return stem + "\\" + fileName;
 }
 
+thumbnails::CThumbnailLibrary& CGraphicDlg::ThumbnailLibrary() {
+    if (!thumbnailLibrary_) thumbnailLibrary_ = thumbnails::CThumbnailLibrary::Create();
+    return *thumbnailLibrary_;
+}
+
 // ---- A container -------------------------------------------------------------------
 
 void CGraphicDlg::ShowContainer(const std::string& path) {
     if (!gallery) return;
     try {
         WaitCursor wait;
-        thumbnails::CThumbnailLibrary::GetInstance()->ClearItems();
+        ThumbnailLibrary().ClearItems();
         gallery->RemoveAllItems();
         const bool large = largeThumbnails == 1;
         const SIZE cell = large ? kLargeCell : kSmallContainerCell;
@@ -148,7 +153,7 @@ void CGraphicDlg::ShowContainer(const std::string& path) {
                 static_cast<char*>(item->bitmap.storage)[length] = '\0';
             }
             item->filePath.path = ContainerItemPath(path, info.path);
-            thumbnails::CThumbnailItem* thumbnail = AppendToLibrary(std::move(item));
+            thumbnails::CThumbnailItem* thumbnail = AppendToLibrary(ThumbnailLibrary(), std::move(item));
             gallery->AddItem(
                 std::make_unique<gallery::CThumbnailGalleryItem>(thumbnail, cell, std::string(), FALSE),
                 TRUE);
@@ -169,7 +174,7 @@ LRESULT CGraphicDlg::OnPreviewReady(WPARAM, LPARAM lParam) {
     LRESULT taken = 0;
     try {
         GraphicItemInfo local = EmptyItemInfo();
-        thumbnails::CThumbnailLibrary::GetInstance()->ClearItems();
+        ThumbnailLibrary().ClearItems();
         if (!gallery) THROW_LINE();
         gallery->RemoveAllItems();
         gallery->SetSelection(-1);
@@ -189,7 +194,7 @@ LRESULT CGraphicDlg::OnPreviewReady(WPARAM, LPARAM lParam) {
         item->bitmap = record->bitmap;
         taken = kPreviewTaken;
         item->filePath.path = path;
-        thumbnails::CThumbnailItem* thumbnail = AppendToLibrary(std::move(item));
+        thumbnails::CThumbnailItem* thumbnail = AppendToLibrary(ThumbnailLibrary(), std::move(item));
 
         SIZE cell = kLargeCell;
         if (!large) {

@@ -39,21 +39,23 @@ bool EqualsNoCase(const std::string& left, const std::string& right) {
 CGraphicDlg::CGraphicDlg(HWND parent) : CResizableDialog(IDD_GRAPHIC_DIALOG), constructionParent_(parent) {}
 
 CGraphicDlg::~CGraphicDlg() {
-    // The window goes first, so that what its children are sent on the way
-    // out still finds the whole object.
-    if (IsAlive()) DestroyWindow();
-    tree.Detach();
     if (systemImageList) {
         // The list is the shell's: let go of it without destroying it.
         systemImageList->Detach();
         systemImageList.reset();
     }
-    // The cells point at the library's items: the library goes first.
-    thumbnails::CThumbnailLibrary::GetInstance()->ClearItems();
+    // The cells point at the library's items: the library is emptied first.
+    if (thumbnailLibrary_) thumbnailLibrary_->ClearItems();
     if (gallery) {
         gallery->RemoveAllItems();
         gallery.reset();
     }
+    // Then the windows, while the object is still whole for what the children
+    // are sent on the way out; a tree that reports a selection as it goes
+    // must not fill the gallery again.
+    treeNotifyEnabled = 0;
+    if (IsAlive()) DestroyWindow();
+    tree.Detach();
 }
 
 // ---- Start-up --------------------------------------------------------------------

@@ -13,6 +13,10 @@
 //   Navigation.cpp         tree selection, the size switch, NavigateToPath
 //   ItemDelivery.cpp       gallery clicks, double clicks, ItemSel
 //
+// Each browser has its own thumbnail library (ThumbnailLibrary): its gallery's
+// cells point at that library's items, and no other browser in the process
+// empties or frees them.
+//
 // One thread, the host's user-interface thread; no message pump runs inside
 // long work, which runs under a wait cursor. Messages that the dialog sends
 // itself (tree selections, user message 0x405) are handled before the call
@@ -36,6 +40,10 @@
 #include "foundation/ResizableDialog.h"
 #include "foundation/resstr.h"
 #include "gallery/BrowserGalleryWindow.h"
+
+namespace thumbnails {
+class CThumbnailLibrary;
+}
 
 namespace browser {
 
@@ -158,6 +166,10 @@ public:
     void OnTreeItemExpanding(NMHDR* notification, LRESULT* result);
 
     // ---- The gallery (GalleryPopulation.cpp) ------------------------------
+    // This browser's thumbnail library, made at its first use: the items its
+    // gallery shows. Both fill routes empty it first, and teardown empties it
+    // before the gallery goes.
+    thumbnails::CThumbnailLibrary& ThumbnailLibrary();
     // Clears and refills the gallery with the thumbnails of the container at
     // `path` (its full path with extension). Selects nothing, tells nothing.
     void ShowContainer(const std::string& path);
@@ -240,6 +252,7 @@ private:
 
     HWND constructionParent_ = nullptr;
     ItemEventSink* events_ = nullptr;
+    std::unique_ptr<thumbnails::CThumbnailLibrary> thumbnailLibrary_;
     foundation::CResString myComputerString_{IDS_MY_COMPUTER};
     foundation::CResString desktopString_{IDS_DESKTOP};
     foundation::CResString productEntryString_{IDS_PRODUCT_ENTRY};

@@ -2,6 +2,8 @@
 
 #include <string.h>
 
+#include <mutex>
+
 #include "foundation/FoundationStrings.h"
 
 namespace foundation {
@@ -13,6 +15,13 @@ BracketEntry g_bracketEntries[kBracketEntryCount] = {
     {CResString(IDS_BRACKET_SECOND), -3, 32},
     {CResString(IDS_BRACKET_THIRD), -4, 8},
 };
+
+// The names load themselves at their first use, from any user-interface
+// thread: the loads happen under this lock, and a loaded name is only read.
+std::mutex& NamesLock() {
+    static std::mutex lock;
+    return lock;
+}
 
 }  // namespace
 
@@ -30,6 +39,7 @@ BracketEntry* FindBracketEntryByCode(int code) {
 int GetBracketKind(const char* text) {
     if (text == nullptr || text[0] != '[') return kNoBracketKind;
     // A name that cannot be loaded is empty and matches no text with "[".
+    const std::lock_guard<std::mutex> hold(NamesLock());
     for (BracketEntry& entry : g_bracketEntries)
         if (_stricmp(text, entry.name.GetText().c_str()) == 0) return entry.kind;
     return kNoBracketKind;

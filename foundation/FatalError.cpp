@@ -12,7 +12,9 @@ namespace foundation {
 
 namespace {
 
-int g_depth = 0;
+// How deep this thread is in fatal errors: a fatal error while reporting one
+// is told apart, on each thread by itself.
+thread_local int g_depth = 0;
 
 void SystemOutputDebugString(const char* text) {
     ::OutputDebugStringA(text);

@@ -12,8 +12,9 @@
 //   depth 5+  FatalAppExitA with "Fatal within Fatal\n"
 //
 // Each stage first stores the depth it hands on to, so that a fault during
-// it enters the next stage. The depth is process-wide and not atomic: the
-// control has one thread.
+// it enters the next stage. The depth counts the nesting on the calling
+// thread: a first fatal error on a second user-interface thread shows its
+// box as the first one did.
 #pragma once
 
 #include "foundation/ReportError.h"

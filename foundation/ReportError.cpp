@@ -6,6 +6,7 @@
 #include <cstring>
 #include <cwchar>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <utility>
 
@@ -27,6 +28,13 @@ TraceHandler& CurrentTraceHandler() {
     return handler;
 }
 
+// The log's path and its file are shared by every user-interface thread:
+// lines are appended whole, one at a time, under this lock.
+std::mutex& LogLock() {
+    static std::mutex lock;
+    return lock;
+}
+
 struct FileCloser {
     void operator()(std::FILE* file) const { std::fclose(file); }
 };
@@ -36,6 +44,7 @@ struct FileCloser {
 bool SetErrorLogPath(const char* path) noexcept {
     try {
         if (path == nullptr) return false;
+        const std::lock_guard<std::mutex> hold(LogLock());
         errorLogPath = path;
         return true;
     } catch (...) {
@@ -125,7 +134,10 @@ void WriteErrorLine(const char* line) noexcept {
             handler(line);
             return;
         }
-        if (IsErrorLogSwitchedOn()) AppendErrorLogLine(errorLogPath, line);
+        if (IsErrorLogSwitchedOn()) {
+            const std::lock_guard<std::mutex> hold(LogLock());
+            AppendErrorLogLine(errorLogPath, line);
+        }
     } catch (...) {
         LUMBREL_TRACE_REPORT_FAILURE(kReportingSourceName, __LINE__);
     }

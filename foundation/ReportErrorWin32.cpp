@@ -1,5 +1,6 @@
 #include <windows.h>
 
+#include <atomic>
 #include <memory>
 #include <type_traits>
 
@@ -32,18 +33,24 @@ bool ReadLogErrorsSwitch() {
     return type == REG_DWORD && size == sizeof value && value == 1;
 }
 
-// -1 until the first line that needs it; the control has one thread.
-int logErrorsSwitch = -1;
+// -1 until the first line that needs it. Lines come from every
+// user-interface thread; two threads that read the value at once store the
+// same answer.
+std::atomic<int> logErrorsSwitch{-1};
 
 }  // namespace
 
 bool IsErrorLogSwitchedOn() noexcept {
-    if (logErrorsSwitch < 0) logErrorsSwitch = ReadLogErrorsSwitch() ? 1 : 0;
-    return logErrorsSwitch == 1;
+    int state = logErrorsSwitch.load();
+    if (state < 0) {
+        state = ReadLogErrorsSwitch() ? 1 : 0;
+        logErrorsSwitch.store(state);
+    }
+    return state == 1;
 }
 
 void ForgetErrorLogSwitch() noexcept {
-    logErrorsSwitch = -1;
+    logErrorsSwitch.store(-1);
 }
 
 long LastErrorCode() noexcept {

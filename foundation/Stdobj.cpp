@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <mutex>
 #include <new>
 #include <string>
 
@@ -89,6 +90,17 @@ Tables& StdTables() {
     return *tables;
 }
 
+// Controls on several user-interface threads share the tables: every getter
+// makes and reads its object under this lock. The handles it gives out are
+// the process's, usable on any thread. Recursive, since a getter may report
+// through code that asks for another object.
+std::recursive_mutex& StdLock() {
+    static std::recursive_mutex* const lock = new std::recursive_mutex;
+    return *lock;
+}
+
+using StdHold = std::lock_guard<std::recursive_mutex>;
+
 SystemMetricsQuery g_metricsQuery = nullptr;
 
 int SystemMetric(int index) {
@@ -111,6 +123,7 @@ ColorEntry& EntryForColor(ColorRef color) {
 }
 
 HFONT SharedFontFor(FontSlot slot) {
+    const StdHold hold(StdLock());
     SharedFont& font = StdTables().fonts[slot];
     if (font.handle != nullptr) return font.handle;
     if (SystemMetric(SM_DBCSENABLED) == 0) {
@@ -147,6 +160,7 @@ HINSTANCE CodeModule() {
 }  // namespace
 
 HBRUSH GetSysColorBrush(int index) {
+    const StdHold hold(StdLock());
     if (!IsSysColorIndex(index)) return nullptr;
     UniqueBrush& brush = StdTables().sysColorBrushes[static_cast<std::size_t>(index)];
     if (!brush) brush.Reset(::CreateSolidBrush(::GetSysColor(index)));
@@ -154,6 +168,7 @@ HBRUSH GetSysColorBrush(int index) {
 }
 
 HPEN GetSysColorPen(int index) {
+    const StdHold hold(StdLock());
     if (!IsSysColorIndex(index)) return nullptr;
     UniquePen& pen = StdTables().sysColorPens[static_cast<std::size_t>(index)];
     if (!pen) pen.Reset(::CreatePen(PS_SOLID, 0, ::GetSysColor(index)));
@@ -161,18 +176,21 @@ HPEN GetSysColorPen(int index) {
 }
 
 HBRUSH GetColorBrush(ColorRef color) {
+    const StdHold hold(StdLock());
     ColorEntry& entry = EntryForColor(color);
     if (!entry.brush) entry.brush.Reset(::CreateSolidBrush(color));
     return entry.brush.Get();
 }
 
 HPEN GetColorPen(ColorRef color) {
+    const StdHold hold(StdLock());
     ColorEntry& entry = EntryForColor(color);
     if (!entry.pen) entry.pen.Reset(::CreatePen(PS_SOLID, 0, color));
     return entry.pen.Get();
 }
 
 int GetColorEntryCount() {
+    const StdHold hold(StdLock());
     return StdTables().colorEntryCount;
 }
 
@@ -189,6 +207,7 @@ HFONT GetStdFontFixedHeight() {
 }
 
 HBRUSH GetHalftoneBrush() {
+    const StdHold hold(StdLock());
     UniqueBrush& halftone = StdTables().halftoneBrush;
     if (halftone) return halftone.Get();
 
@@ -218,6 +237,7 @@ HBRUSH GetHalftoneBrush() {
 }
 
 const char* GetToolBarClassName() {
+    const StdHold hold(StdLock());
     Tables& tables = StdTables();
     if (!tables.toolBarClassRegistered) {
         const HINSTANCE module = CodeModule();
@@ -239,6 +259,7 @@ const char* GetToolBarClassName() {
 }
 
 CSharedPalette* GetSharedPalette() {
+    const StdHold hold(StdLock());
     std::unique_ptr<CSharedPalette>& palette = StdTables().palette;
     if (!palette) {
         palette.reset(new (std::nothrow) CSharedPalette);
@@ -254,6 +275,7 @@ CSharedPalette* GetSharedPalette() {
 }
 
 const UINT* GetClipboardFormats() {
+    const StdHold hold(StdLock());
     auto& formats = StdTables().clipboardFormats;
     if (!formats) {
         formats.reset(new (std::nothrow) std::array<UINT, kClipboardFormatCount>);
@@ -265,6 +287,7 @@ const UINT* GetClipboardFormats() {
 }
 
 const RECT* GetScreenRect() {
+    const StdHold hold(StdLock());
     Tables& tables = StdTables();
     if (!tables.hasScreenRect) {
         tables.screenRect = RECT{0, 0, SystemMetric(SM_CXSCREEN), SystemMetric(SM_CYSCREEN)};
@@ -274,6 +297,7 @@ const RECT* GetScreenRect() {
 }
 
 void ReleaseStdObjects() {
+    const StdHold hold(StdLock());
     Tables& tables = StdTables();
     tables.hasScreenRect = false;
     tables.screenRect = RECT{};
@@ -296,10 +320,12 @@ void ReleaseStdObjects() {
 }
 
 bool AreStdObjectsReleased() {
+    const StdHold hold(StdLock());
     return StdTables().released;
 }
 
 SystemMetricsQuery SetStdObjectsMetricsQuery(SystemMetricsQuery query) {
+    const StdHold hold(StdLock());
     const SystemMetricsQuery previous = g_metricsQuery;
     g_metricsQuery = query;
     return previous;

@@ -8,7 +8,10 @@ using framework::win32::Window;
 
 namespace {
 
-Window* g_notifyingControl = nullptr;
+// The control whose notification is running on this thread. A notification
+// runs on the thread of the windows that send it, so each user-interface
+// thread has its own.
+thread_local Window* g_notifyingControl = nullptr;
 
 // Sets the notifying control for one notification and puts the previous one
 // back afterwards, so that nested notifications unwind properly.

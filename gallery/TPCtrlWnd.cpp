@@ -2,7 +2,9 @@
 
 #include <commctrl.h>
 
+#include <atomic>
 #include <cstring>
+#include <mutex>
 
 namespace gallery {
 
@@ -13,16 +15,19 @@ LUMBREL_IMPLEMENT_DYNAMIC_CREATION(CTPCtrlWnd, framework::win32::Window)
 namespace {
 
 // Serial numbers count down from -3: the counter starts at -2 and is
-// decremented before use.
-int g_uniqueIdCounter = -2;
+// decremented before use. Controls are made on every user-interface thread,
+// and each gets a number of its own.
+std::atomic<int> g_uniqueIdCounter{-2};
 
+// The shared fonts are the process's, made once whichever thread asks first.
+std::mutex g_fontLock;
 HFONT g_controlFont = nullptr;
 HFONT g_defaultGuiFont = nullptr;
 
 }  // namespace
 
 int PeekNextUniqueId() {
-    return g_uniqueIdCounter - 1;
+    return g_uniqueIdCounter.load() - 1;
 }
 
 CTPCtrlWnd::CTPCtrlWnd(int ownerKind) : ownerLink(ownerKind), uniqueId(--g_uniqueIdCounter) {
@@ -104,6 +109,7 @@ BOOL CTPCtrlWnd::PreTranslateMessage(MSG* msg) {
 }
 
 HFONT GetControlFont() {
+    const std::lock_guard<std::mutex> hold(g_fontLock);
     if (g_controlFont == nullptr) {
         if (::GetSystemMetrics(SM_DBCSENABLED) == 0) {
             LOGFONTA font = {};
@@ -119,10 +125,12 @@ HFONT GetControlFont() {
 }
 
 HFONT GetDefaultGuiFont() {
+    const std::lock_guard<std::mutex> hold(g_fontLock);
     return g_defaultGuiFont;
 }
 
 void AttachDefaultGuiFont() {
+    const std::lock_guard<std::mutex> hold(g_fontLock);
     if (g_defaultGuiFont == nullptr)
         g_defaultGuiFont = static_cast<HFONT>(::GetStockObject(DEFAULT_GUI_FONT));
 }

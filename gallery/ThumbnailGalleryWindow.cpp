@@ -29,8 +29,8 @@ static_assert(kScrollLineUp == SB_LINEUP && kScrollLineDown == SB_LINEDOWN && kS
 static_assert(kWheelShift == MK_SHIFT && kWheelControl == MK_CONTROL && kWheelDelta == WHEEL_DELTA,
               "the grid's wheel constants are the platform's");
 
-BYTE CThumbnailGalleryWindow::pressedAnywhere = 0;
-Window* CThumbnailGalleryWindow::dropTarget = nullptr;
+thread_local BYTE CThumbnailGalleryWindow::pressedAnywhere = 0;
+thread_local Window* CThumbnailGalleryWindow::dropTarget = nullptr;
 
 namespace {
 

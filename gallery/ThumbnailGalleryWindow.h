@@ -141,7 +141,7 @@ public:
 
     void SetDragEnabled(BOOL enabled) { dragEnabled = enabled; }
     void SetDragListener(GalleryDragListener* listener);
-    // The one window, for all galleries, on which a drag may end.
+    // The one window, for all galleries of this thread, on which a drag may end.
     static void SetDropTarget(framework::win32::Window* window);
 
     // What the browser and the control read and write directly.
@@ -238,9 +238,11 @@ protected:
     BYTE inputLocked = 0;
     BYTE partialRow = 0;
 
-    // Set at a left press, cleared when a drag begins; for all galleries.
-    static BYTE pressedAnywhere;
-    static framework::win32::Window* dropTarget;
+    // Set at a left press, cleared when a drag begins; for all galleries of
+    // a thread. A press and its drag happen on the thread whose windows have
+    // the pointer, so each user-interface thread has its own of both.
+    static thread_local BYTE pressedAnywhere;
+    static thread_local framework::win32::Window* dropTarget;
 };
 
 }  // namespace gallery

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <vector>
 
 #include "framework/win32/MemoryHandles.h"
@@ -17,6 +18,11 @@ namespace thumbnails {
 foundation::CFilePath thumbnailRoot;
 
 namespace {
+
+std::mutex& ThumbnailRootLock() {
+    static std::mutex lock;
+    return lock;
+}
 
 using framework::win32::GlobalLockView;
 using framework::win32::UniqueFile;
@@ -65,6 +71,16 @@ void WriteAll(HANDLE file, const uint8_t* data, size_t size, const std::string& 
 
 }  // namespace
 
+foundation::CFilePath ThumbnailRoot() {
+    const std::lock_guard<std::mutex> hold(ThumbnailRootLock());
+    return thumbnailRoot;
+}
+
+void SetThumbnailRoot(const foundation::CFilePath& root) {
+    const std::lock_guard<std::mutex> hold(ThumbnailRootLock());
+    thumbnailRoot = root;
+}
+
 CThumbnailItem::CThumbnailItem() : bitmap{} {}
 
 CThumbnailItem::~CThumbnailItem() {
@@ -82,7 +98,7 @@ bool CThumbnailItem::LoadFromFile(const foundation::CFilePath* picture) {
 bool CThumbnailItem::LoadFromFileRelative(const foundation::CFilePath* picture) {
     if (picture == nullptr) return false;
     const std::string& path = picture->path;
-    const size_t rootLength = thumbnailRoot.path.size();
+    const size_t rootLength = ThumbnailRoot().path.size();
     relativeName = rootLength <= path.size() ? path.substr(rootLength) : std::string();
     return LoadAndFit(picture);
 }
@@ -100,7 +116,7 @@ void CThumbnailItem::GetFullPath(foundation::CFilePath& out) const {
     if (!filePath.path.empty())
         out = filePath;
     else
-        out.path = thumbnailRoot.path + relativeName;
+        out.path = ThumbnailRoot().path + relativeName;
 }
 
 void CThumbnailItem::GetTitle(std::string& out) const {

@@ -13,8 +13,12 @@
 namespace thumbnails {
 
 // The directory that relative names are relative to. The library sets it when
-// it starts; an item only reads it.
+// it starts; an item only reads it. Libraries start on any user-interface
+// thread, so the code reads and writes it through the two functions below,
+// which hold a lock; the variable itself is there for tests on one thread.
 extern foundation::CFilePath thumbnailRoot;
+foundation::CFilePath ThumbnailRoot();
+void SetThumbnailRoot(const foundation::CFilePath& root);
 
 class CThumbnailItem {
 public:

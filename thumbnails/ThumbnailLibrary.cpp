@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <mutex>
 
 #include "foundation/SortStrings.h"
 #include "thumbnails/CategoryScan.h"
@@ -19,6 +20,9 @@ namespace thumbnails {
 
 namespace {
 
+// The process-wide instance. Controls on several user-interface threads may
+// ask for it at once; the lock keeps it one.
+std::mutex g_instanceLock;
 CThumbnailLibrary* g_instance = nullptr;
 
 void DestroyAtExit() {
@@ -78,18 +82,28 @@ void RemoveFile(const std::string& path) {
 }  // namespace
 
 CThumbnailLibrary* CThumbnailLibrary::GetInstance() {
+    const std::lock_guard<std::mutex> hold(g_instanceLock);
     if (g_instance == nullptr) {
         RegisterCleanupAtExit();
-        g_instance = new CThumbnailLibrary();
-        g_instance->Init();
+        g_instance = Create().release();
     }
     return g_instance;
 }
 
 void CThumbnailLibrary::DestroyInstance() {
-    CThumbnailLibrary* instance = g_instance;
-    g_instance = nullptr;
+    CThumbnailLibrary* instance = nullptr;
+    {
+        const std::lock_guard<std::mutex> hold(g_instanceLock);
+        instance = g_instance;
+        g_instance = nullptr;
+    }
     delete instance;
+}
+
+std::unique_ptr<CThumbnailLibrary> CThumbnailLibrary::Create() {
+    std::unique_ptr<CThumbnailLibrary> library(new CThumbnailLibrary());
+    library->Init();
+    return library;
 }
 
 CThumbnailLibrary::~CThumbnailLibrary() {
@@ -116,7 +130,7 @@ void CThumbnailLibrary::InitFromKey(const std::string& key) {
 
     LoadFromKey(key);
     LoadFromKey(key);
-    thumbnailRoot = baseDirectory;
+    SetThumbnailRoot(baseDirectory);
     ScanCategories();
     if (!categoryNames.empty()) SetCurrentCategory(0);
 }

@@ -1,15 +1,20 @@
-// The process-wide thumbnail library. Its first job is the list of the items
+// The thumbnail library. Its first job is the list of the items
 // a gallery now shows: the browser empties it before each population,
 // appends an item for each picture (directly, through `items`) and asks for
 // an item's path when one is selected. Its second is a store of thumbnails
 // on disk, a root directory with one directory per category and .thm files
 // in it; nothing in the control uses that half, but it is part of the class.
 //
-// One thread, the control's: there are no locks, and GetInstance is not safe
-// against two threads.
+// Every browser has a library of its own (Create), so that a second browser
+// in the process never sees, empties or frees the thumbnails of the first;
+// GetInstance is the process-wide one, for whatever works outside a browser
+// (the store on disk). Making and destroying the process-wide instance is
+// safe on any thread; a library's contents belong to one thread at a time,
+// the thread of the browser that owns it.
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,10 +43,13 @@ constexpr int kDeleteItemFileNoItem = 1;
 
 class CThumbnailLibrary : public CKeyedObject {
 public:
-    // The instance, made (and initialised with Init) on first use.
+    // The process-wide instance, made (and initialised with Init) on first use.
     static CThumbnailLibrary* GetInstance();
     // Deletes the instance; done at process end, and by tests for a fresh one.
     static void DestroyInstance();
+    // A library of the caller's own, made and initialised as GetInstance
+    // makes the process-wide one.
+    static std::unique_ptr<CThumbnailLibrary> Create();
 
     ~CThumbnailLibrary() override;
 

@@ -4,6 +4,7 @@
 #include <oleauto.h>
 
 #include <cstring>
+#include <mutex>
 #include <vector>
 
 #include "framework/ole/Barrier.h"
@@ -56,9 +57,17 @@ std::string& RegisteredClassName() {
     return name;
 }
 
+// Controls are made on any user-interface thread; the name is written under
+// this lock.
+std::mutex& ClassNameLock() {
+    static std::mutex lock;
+    return lock;
+}
+
 }  // namespace
 
 std::string ControlWindowClass() {
+    const std::lock_guard<std::mutex> hold(ClassNameLock());
     std::string& name = RegisteredClassName();
     name = framework::win32::Window::RegisterWindowClass(CS_DBLCLKS, ::LoadCursor(nullptr, IDC_ARROW),
                                                          reinterpret_cast<HBRUSH>(COLOR_BTNFACE + 1));
@@ -66,6 +75,7 @@ std::string ControlWindowClass() {
 }
 
 void UnregisterControlWindowClass() {
+    const std::lock_guard<std::mutex> hold(ClassNameLock());
     std::string& name = RegisteredClassName();
     if (name.empty()) return;
     ::UnregisterClassA(name.c_str(), FrameworkModule());

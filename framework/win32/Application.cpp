@@ -7,7 +7,9 @@
 namespace framework::win32 {
 
 namespace {
-Window* g_mainWindow = nullptr;
+// Each user-interface thread has its own main window, as it has its own
+// windows and message loop.
+thread_local Window* g_mainWindow = nullptr;
 
 WindowExceptionReporter& Reporter() {
     static WindowExceptionReporter reporter;

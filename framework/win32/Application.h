@@ -12,7 +12,8 @@ namespace framework::win32 {
 class Window;
 
 // The application's main window, the default target of controls whose owner
-// is "the main window of the application"; null when there is none.
+// is "the main window of the application"; null when there is none. Kept per
+// thread: a program with several user-interface threads sets one on each.
 Window* MainWindow();
 void SetMainWindow(Window* window);
 

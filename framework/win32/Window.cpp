@@ -108,7 +108,11 @@ std::string Window::RegisterWindowClass(UINT classStyle, HCURSOR cursor, HBRUSH 
     windowClass.hbrBackground = background;
     windowClass.hIcon = icon;
     windowClass.lpszClassName = name;
-    if (::RegisterClassA(&windowClass) == 0) return std::string();
+    // A thread of another user-interface thread's control may register the
+    // same class between the question and the registration: the class is
+    // then there, which is all the caller wants.
+    if (::RegisterClassA(&windowClass) == 0 && ::GetLastError() != ERROR_CLASS_ALREADY_EXISTS)
+        return std::string();
     return name;
 }
 

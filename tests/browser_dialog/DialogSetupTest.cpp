@@ -447,25 +447,43 @@ TEST_F(DialogSetupTest, TheHostMayShrinkTheDialogBelowItsFirstSize) {
     EXPECT_TRUE(::EqualRect(&gallery, &anchors[6].rect));
 }
 
-// A cell that notes, when the gallery deletes it, how many items the
-// thumbnail library still held.
+// A cell that notes, when the gallery deletes it, what of the dialog was
+// still there: how many items its thumbnail library held, whether it still
+// held the system's image list, and whether its window and the tree's lived.
+struct TeardownState {
+    int libraryItems = -1;
+    bool imageListHeld = true;
+    bool dialogWindowAlive = false;
+    bool treeWindowAlive = false;
+};
+
 class TeardownProbe final : public gallery::CTPGalleryItem {
 public:
-    explicit TeardownProbe(int* libraryItemsAtDeletion) : seen_(libraryItemsAtDeletion) {}
-    ~TeardownProbe() override { *seen_ = thumbnails::CThumbnailLibrary::GetInstance()->GetItemCount(); }
+    TeardownProbe(browser::CGraphicDlg* dialog, HWND dialogWindow, HWND treeWindow, TeardownState* seen)
+        : dialog_(dialog), dialogWindow_(dialogWindow), treeWindow_(treeWindow), seen_(seen) {}
+    ~TeardownProbe() override {
+        seen_->libraryItems = static_cast<int>(dialog_->ThumbnailLibrary().GetItemCount());
+        seen_->imageListHeld = dialog_->systemImageList != nullptr;
+        seen_->dialogWindowAlive = ::IsWindow(dialogWindow_) != FALSE;
+        seen_->treeWindowAlive = ::IsWindow(treeWindow_) != FALSE;
+    }
     int GetWidth(BOOL) const override { return 10; }
     int GetHeight(BOOL) const override { return 10; }
     void Draw(HDC, const RECT*, DWORD, BOOL) override {}
 
 private:
-    int* seen_;
+    browser::CGraphicDlg* dialog_;
+    HWND dialogWindow_;
+    HWND treeWindow_;
+    TeardownState* seen_;
 };
 
-TEST_F(DialogSetupTest, TeardownEmptiesTheLibraryFirstAndLeavesTheSystemsList) {
+TEST_F(DialogSetupTest, TeardownGoesImageListLibraryGalleryThenTheWindows) {
     ScopedPrimaryFolder primary{layout.Primary()};
     const size_t live = imaging::kernel::LiveStorageCount();
     HIMAGELIST system = nullptr;
-    int libraryItemsAtDeletion = -1;
+    HWND dialogWindow = nullptr;
+    TeardownState seen;
     {
         DialogHarness harness;
         ASSERT_TRUE(harness.CreateInProductView());
@@ -473,11 +491,17 @@ TEST_F(DialogSetupTest, TeardownEmptiesTheLibraryFirstAndLeavesTheSystemsList) {
         ASSERT_EQ(5, harness.Gallery().GetItemCount());
         EXPECT_EQ(live + 5, imaging::kernel::LiveStorageCount());
         system = harness.Dialog().systemImageList->Get();
-        harness.Gallery().AddItem(std::make_unique<TeardownProbe>(&libraryItemsAtDeletion), FALSE);
-        ASSERT_EQ(5, thumbnails::CThumbnailLibrary::GetInstance()->GetItemCount());
+        dialogWindow = harness.Dialog().Handle();
+        harness.Gallery().AddItem(
+            std::make_unique<TeardownProbe>(&harness.Dialog(), dialogWindow, harness.Tree().Handle(), &seen),
+            FALSE);
+        ASSERT_EQ(5, harness.Dialog().ThumbnailLibrary().GetItemCount());
     }
-    EXPECT_EQ(0, libraryItemsAtDeletion) << "the library was emptied before the gallery's cells went";
-    EXPECT_EQ(0, thumbnails::CThumbnailLibrary::GetInstance()->GetItemCount());
+    EXPECT_FALSE(seen.imageListHeld) << "the image list was let go of before the gallery's cells went";
+    EXPECT_EQ(0, seen.libraryItems) << "the library was emptied before the gallery's cells went";
+    EXPECT_TRUE(seen.dialogWindowAlive) << "the dialog's window goes after the gallery";
+    EXPECT_TRUE(seen.treeWindowAlive) << "the tree's window goes after the gallery";
+    EXPECT_FALSE(::IsWindow(dialogWindow));
     EXPECT_EQ(live, imaging::kernel::LiveStorageCount()) << "every thumbnail's pixels were given back";
     EXPECT_GT(::ImageList_GetImageCount(system), 0) << "the shell's list is not destroyed";
 }

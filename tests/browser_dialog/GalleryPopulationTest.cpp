@@ -103,7 +103,8 @@ protected:
         // The first expansion reads the folder; later ones change nothing.
         return Below("Types", name);
     }
-    thumbnails::CThumbnailLibrary& Library() { return *thumbnails::CThumbnailLibrary::GetInstance(); }
+    // The dialog's own library, which its gallery's cells point into.
+    thumbnails::CThumbnailLibrary& Library() { return harness.Dialog().ThumbnailLibrary(); }
 };
 
 TEST_F(GalleryPopulationTest, AContainerFillsOneCellPerItemInOrder) {
@@ -331,7 +332,7 @@ TEST_F(GalleryPopulationTest, AnEntryRecordCutShortByTheEndOfTheFileStillShowsIt
     fresh.Select(fresh.At({"Cut"}));
     ASSERT_EQ(1, fresh.Gallery().GetItemCount());
     EXPECT_EQ(0x3366CCu, PixelAt(*fresh.CellBitmap(0), 60, 45));
-    EXPECT_EQ(disk.Path("P\\Cut\\cut.jpg"), Library().GetItem(0)->filePath.path);
+    EXPECT_EQ(disk.Path("P\\Cut\\cut.jpg"), fresh.Dialog().ThumbnailLibrary().GetItem(0)->filePath.path);
 }
 
 TEST_F(GalleryPopulationTest, AnItemCountBeyondWhatTheFileHoldsEndsWithTheFile) {
@@ -370,7 +371,8 @@ TEST_F(GalleryPopulationTest, AnItemPathLongerThanItsPicturesMemoryIsCutToThatMe
     EXPECT_EQ(0, std::memcmp(bytes, longPath.data(), tiny.storageSize - 1));
     EXPECT_EQ('\0', bytes[tiny.storageSize - 1]) << "the text ends inside the picture's memory";
     EXPECT_EQ(0x00FF00u, PixelAt(*fresh.CellBitmap(1), 60, 45)) << "the next item is whole";
-    EXPECT_EQ(disk.Path("P\\Tiny\\") + std::string(200, 'x') + ".jpg", Library().GetItem(0)->filePath.path);
+    EXPECT_EQ(disk.Path("P\\Tiny\\") + std::string(200, 'x') + ".jpg",
+              fresh.Dialog().ThumbnailLibrary().GetItem(0)->filePath.path);
 }
 
 TEST_F(GalleryPopulationTest, AFilledGalleryDrawsAgainWithTheScrollRangeOfAllItsItems) {

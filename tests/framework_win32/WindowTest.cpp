@@ -4,7 +4,11 @@
 
 #include <commctrl.h>
 
+#include <atomic>
 #include <stdexcept>
+#include <string>
+#include <thread>
+#include <vector>
 
 #include "framework/win32/Application.h"
 #include "support/MessageSequence.h"
@@ -279,11 +283,49 @@ TEST(Window, ClassRegistrationIsSharedPerStyle) {
     EXPECT_NE(a, c);
 }
 
+TEST(Window, ThreadsRegisteringOneClassAtOnceAllGetIt) {
+    // Each round a class nobody has registered yet (its background value is
+    // new), asked for by several threads at the same moment.
+    constexpr int kThreads = 4;
+    for (int round = 0; round < 40; ++round) {
+        const auto background = reinterpret_cast<HBRUSH>(static_cast<INT_PTR>(0x7000 + round));
+        std::vector<std::string> names(kThreads);
+        std::atomic<int> ready{0};
+        std::vector<std::thread> threads;
+        for (int i = 0; i < kThreads; ++i)
+            threads.emplace_back([&, i] {
+                ++ready;
+                while (ready.load() < kThreads) std::this_thread::yield();
+                names[static_cast<size_t>(i)] = Window::RegisterWindowClass(CS_HREDRAW, nullptr, background);
+            });
+        for (std::thread& thread : threads) thread.join();
+        for (const std::string& name : names) {
+            EXPECT_FALSE(name.empty()) << "round " << round;
+            EXPECT_EQ(name, names[0]);
+        }
+        if (!names[0].empty()) ::UnregisterClassA(names[0].c_str(), ::GetModuleHandleA(nullptr));
+    }
+}
+
 TEST(Window, MainWindowIsWhatTheApplicationSet) {
     EXPECT_EQ(framework::win32::MainWindow(), nullptr);
     HostWindow host;
     framework::win32::SetMainWindow(&host);
     EXPECT_EQ(framework::win32::MainWindow(), &host);
+    framework::win32::SetMainWindow(nullptr);
+}
+
+TEST(Window, EachThreadHasItsOwnMainWindow) {
+    HostWindow host;
+    framework::win32::SetMainWindow(&host);
+    Window* seenOnAnotherThread = &host;
+    std::thread([&seenOnAnotherThread] {
+        seenOnAnotherThread = framework::win32::MainWindow();
+        HostWindow own;
+        framework::win32::SetMainWindow(&own);
+    }).join();
+    EXPECT_EQ(seenOnAnotherThread, nullptr) << "another thread starts with no main window";
+    EXPECT_EQ(framework::win32::MainWindow(), &host) << "and setting its own left this thread's";
     framework::win32::SetMainWindow(nullptr);
 }
 

@@ -3,6 +3,8 @@
 // the commands of the browser's gallery.
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "GalleryTestSupport.h"
 #include "gallery/GalleryQuestion.h"
 
@@ -160,6 +162,9 @@ TEST(GallerySelection, PressAndReleaseOnACellNotifiesOnce) {
     EXPECT_EQ(f.gallery.timerRunning, 1);
     EXPECT_EQ(f.gallery.timerId, CThumbnailGalleryWindow::kPressTimerId);
     EXPECT_EQ(f.gallery.pressedAnywhere, 1);
+    int pressedElsewhere = -1;
+    std::thread([&pressedElsewhere, &f] { pressedElsewhere = f.gallery.pressedAnywhere; }).join();
+    EXPECT_EQ(pressedElsewhere, 0) << "galleries of another thread saw no press";
     EXPECT_EQ(::GetCapture(), f.gallery.Handle());
     EXPECT_TRUE(f.host.commands.empty()) << "the press only selects";
     Release(f.gallery, 150, 10);

@@ -3,7 +3,10 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "GalleryTestResources.h"
 #include "framework/win32/Application.h"
@@ -94,6 +97,37 @@ TEST(CTPCtrlWnd, KindThreeNotifiesItsParentAtOnce) {
     EXPECT_EQ(owner.commands[0].code, 4);
     EXPECT_EQ(owner.commands[0].notifying, &control) << "the control is known during the call";
     EXPECT_EQ(gallery::GetNotifyingControl(), nullptr) << "and forgotten afterwards";
+}
+
+TEST(CTPCtrlWnd, TheNotifyingControlIsKnownOnlyOnItsOwnThread) {
+    Owner owner;
+    Control control(3);
+    ASSERT_TRUE(control.Create(owner.Handle(), 1000));
+    Window* seenElsewhere = reinterpret_cast<Window*>(1);
+    owner.onCommand = [&seenElsewhere] {
+        std::thread([&seenElsewhere] { seenElsewhere = gallery::GetNotifyingControl(); }).join();
+    };
+    control.NotifyOwner(nullptr, 1000, 4);
+    ASSERT_EQ(owner.commands.size(), 1u);
+    EXPECT_EQ(owner.commands[0].notifying, &control);
+    EXPECT_EQ(seenElsewhere, nullptr) << "another user-interface thread runs no notification of it";
+}
+
+TEST(CTPCtrlWnd, SerialNumbersStayUniqueAcrossThreads) {
+    constexpr int kThreads = 4;
+    constexpr int kEach = 50;
+    std::vector<std::vector<int>> ids(kThreads);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < kThreads; ++t)
+        threads.emplace_back([&ids, t] {
+            for (int i = 0; i < kEach; ++i) ids[static_cast<size_t>(t)].push_back(Control(3).GetUniqueId());
+        });
+    for (std::thread& thread : threads) thread.join();
+    std::vector<int> all;
+    for (const auto& some : ids) all.insert(all.end(), some.begin(), some.end());
+    std::sort(all.begin(), all.end());
+    EXPECT_EQ(std::adjacent_find(all.begin(), all.end()), all.end()) << "no number given twice";
+    EXPECT_EQ(all.size(), static_cast<size_t>(kThreads * kEach));
 }
 
 TEST(CTPCtrlWnd, KindZeroNotifiesTheMainWindow) {

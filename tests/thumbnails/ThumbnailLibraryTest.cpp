@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "TestPictures.h"
@@ -87,6 +89,42 @@ TEST_F(ThumbnailLibraryTest, OneInstanceMadeOnFirstUse) {
     ASSERT_NE(fresh, nullptr);
     EXPECT_EQ(CThumbnailLibrary::GetInstance(), fresh);
     library_ = fresh;
+}
+
+TEST_F(ThumbnailLibraryTest, ThreadsAskingAtOnceGetOneInstance) {
+    CThumbnailLibrary::DestroyInstance();
+    constexpr int kThreads = 8;
+    std::vector<CThumbnailLibrary*> seen(kThreads, nullptr);
+    std::vector<std::thread> threads;
+    for (int i = 0; i < kThreads; ++i)
+        threads.emplace_back([&seen, i] { seen[static_cast<size_t>(i)] = CThumbnailLibrary::GetInstance(); });
+    for (std::thread& thread : threads) thread.join();
+    library_ = CThumbnailLibrary::GetInstance();
+    for (CThumbnailLibrary* instance : seen) EXPECT_EQ(instance, library_);
+}
+
+TEST_F(ThumbnailLibraryTest, ALibraryOfOnesOwnStartsAsTheInstanceAndSharesNoItems) {
+    std::unique_ptr<CThumbnailLibrary> own = CThumbnailLibrary::Create();
+    std::unique_ptr<CThumbnailLibrary> other = CThumbnailLibrary::Create();
+    ASSERT_NE(own, nullptr);
+    EXPECT_NE(own.get(), library_);
+    EXPECT_NE(own.get(), other.get());
+    // Initialised as the instance is: the same scan of the drive's root.
+    EXPECT_EQ(Names(own.get()), Names(library_));
+    EXPECT_EQ(own->currentCategory, library_->currentCategory);
+    EXPECT_EQ(own->rootDirectory.path, "");
+
+    auto* item = new CThumbnailItem();
+    item->filePath = CFilePath("C:\\pics\\own.jpg");
+    own->items.Add(item);
+    Append("C:\\pics\\instance.jpg");
+    EXPECT_EQ(own->GetItemCount(), 1);
+    EXPECT_EQ(other->GetItemCount(), 0);
+    EXPECT_EQ(library_->GetItemCount(), 1);
+    other->ClearItems();
+    library_->ClearItems();
+    EXPECT_EQ(own->GetItem(0), item) << "emptying another library leaves this one's items";
+    EXPECT_EQ(own->GetItemPath(0), "C:\\pics\\own.jpg");
 }
 
 TEST_F(ThumbnailLibraryTest, StartsWithEmptyDirectoriesAndTheDriveRootsCategories) {
