@@ -331,3 +331,21 @@ TEST(PictureProbe, SurvivesRandomBytesBehindEverySignature) {
         }
     }
 }
+
+TEST(PictureProbe, MetafileChainsAreTakenAsThePlayerTakesThem) {
+    // A byte count of more than the data, and data that ends on a record's
+    // end without an end record.
+    Bytes emf = Emf(true);
+    Put32(emf, 48, 128 + 22);
+    EXPECT_EQ(Probe(emf).status, ProbeStatus::kRecognised);
+    EXPECT_EQ(Probe(Emf(false)).status, ProbeStatus::kRecognised) << "ends on a record's end";
+    Bytes wmf = Wmf(false);
+    wmf.resize(28);
+    EXPECT_EQ(Probe(wmf).status, ProbeStatus::kRecognised) << "no end record";
+    // A header size that ends inside the first record.
+    wmf = Wmf(false);
+    Put32(wmf, 6, 9 + 4);
+    EXPECT_EQ(Probe(wmf).status, ProbeStatus::kUnknown);
+    Put32(wmf, 6, 9 + 5);
+    EXPECT_EQ(Probe(wmf).status, ProbeStatus::kRecognised) << "ends on the first record's end";
+}

@@ -322,6 +322,40 @@ TEST_F(MetafileCorpusTest, EveryPlayableWindowsMetafileBecomesAnEnhancedOne) {
     }
 }
 
+// The picture the imaging layer decodes from a file, as renditions in
+// containers are; empty when it does not.
+imaging::BitmapDescriptor Decoded(const Bytes& file) {
+    imaging::BitmapDescriptor bitmap{};
+    imaging::FileInfo info{};
+    if (imaging::QueryMemoryInfo(file.data(), &info, static_cast<uint32_t>(file.size()), 0, nullptr) !=
+        imaging::kSuccess)
+        return bitmap;
+    if (imaging::LoadBitmapMemory(file.data(), &bitmap, 24, imaging::kColorOrderBgr,
+                                  static_cast<uint32_t>(file.size()), nullptr) != imaging::kSuccess)
+        bitmap = imaging::BitmapDescriptor{};
+    return bitmap;
+}
+
+TEST_F(MetafileCorpusTest, TheImagingLayerDecodesWhatThePlayerTakes) {
+    const Bytes placeable = Uemf("uemf-wmf");
+    imaging::BitmapDescriptor expected = Decoded(placeable);
+    ASSERT_NE(expected.storage, nullptr);
+    for (const Case& c : WindowsCases()) {
+        if (c.name.rfind("gdi", 0) == 0 || c.name == "disk type, plain") continue;
+        SCOPED_TRACE(c.name);
+        // Behind the same placeable header, so that each has the same size.
+        const Bytes file = Get32(c.file, 0) == 0x9AC6CDD7u ? c.file : Joined(Cut(placeable, 0, 22), c.file);
+        imaging::BitmapDescriptor decoded = Decoded(file);
+        if (c.reference.empty()) {
+            EXPECT_EQ(decoded.storage, nullptr);
+        } else {
+            EXPECT_TRUE(SamePixels(decoded, expected)) << "the drawing of the well-formed file";
+        }
+        if (decoded.storage != nullptr) imaging::FreeBitmap(&decoded);
+    }
+    imaging::FreeBitmap(&expected);
+}
+
 // ---- Enhanced metafiles --------------------------------------------------------------------
 
 // An EMR_EXTESCAPE record, as printer drivers leave them in spooled files.
