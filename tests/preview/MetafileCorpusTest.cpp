@@ -7,6 +7,7 @@
 // files that cannot be played get the no-preview picture.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -305,6 +306,29 @@ TEST_F(MetafileCorpusTest, WindowsMetafilesPreviewAsGdiDrawsThem) {
     for (const Case& c : WindowsCases()) ExpectWindows(c);
 }
 
+// An enhanced metafile played at 100 x 100 on white, as 32-bit rows.
+Bytes PlayedEnhanced(HENHMETAFILE metafile) {
+    BITMAPINFO info{};
+    info.bmiHeader.biSize = sizeof info.bmiHeader;
+    info.bmiHeader.biWidth = 100;
+    info.bmiHeader.biHeight = -100;
+    info.bmiHeader.biPlanes = 1;
+    info.bmiHeader.biBitCount = 32;
+    framework::win32::UniqueDc dc(::CreateCompatibleDC(nullptr));
+    void* pixels = nullptr;
+    framework::win32::UniqueBitmap section(
+        ::CreateDIBSection(dc.Get(), &info, DIB_RGB_COLORS, &pixels, nullptr, 0));
+    if (!section || pixels == nullptr) return {};
+    const HGDIOBJ previous = ::SelectObject(dc.Get(), section.Get());
+    ::PatBlt(dc.Get(), 0, 0, 100, 100, WHITENESS);
+    const RECT frame{0, 0, 100, 100};
+    ::PlayEnhMetaFile(dc.Get(), metafile, &frame);
+    ::GdiFlush();
+    ::SelectObject(dc.Get(), previous);
+    const auto* begin = static_cast<const uint8_t*>(pixels);
+    return Bytes(begin, begin + 100 * 100 * 4);
+}
+
 TEST_F(MetafileCorpusTest, EveryPlayableWindowsMetafileBecomesAnEnhancedOne) {
     framework::win32::WindowDc screen(nullptr);
     for (const Case& c : WindowsCases()) {
@@ -318,7 +342,16 @@ TEST_F(MetafileCorpusTest, EveryPlayableWindowsMetafileBecomesAnEnhancedOne) {
         if (!metafile) continue;
         framework::win32::UniqueEnhMetaFile enhanced(
             thumbnails::MakeEnhancedMetafile(screen.Get(), metafile.Get(), 100, 100));
-        EXPECT_TRUE(enhanced);
+        ASSERT_TRUE(enhanced);
+        // GDI's conversion of the reference as it is.
+        framework::win32::UniqueEnhMetaFile expected(::SetWinMetaFileBits(
+            static_cast<UINT>(c.reference.size()), c.reference.data(), screen.Get(), nullptr));
+        ASSERT_TRUE(expected);
+        const Bytes ours = PlayedEnhanced(enhanced.Get());
+        ASSERT_FALSE(ours.empty());
+        EXPECT_EQ(ours, PlayedEnhanced(expected.Get())) << "as GDI converts it";
+        EXPECT_NE(std::count(ours.begin(), ours.end(), 0xFF), static_cast<std::ptrdiff_t>(ours.size()))
+            << "something is drawn";
     }
 }
 
