@@ -6,7 +6,7 @@
 #include "foundation/ReportError.h"
 #include "framework/win32/GdiHandles.h"
 #include "thumbnails/BitmapCentering.h"
-#include "thumbnails/MetafileCheck.h"
+#include "thumbnails/MetafileRepair.h"
 
 namespace thumbnails {
 
@@ -14,6 +14,7 @@ namespace {
 
 using framework::win32::UniqueBitmap;
 using framework::win32::UniqueDc;
+using framework::win32::UniqueMetaFile;
 
 // The bits of a Windows metafile as GDI holds them; throws the line of a
 // failing call.
@@ -23,6 +24,15 @@ std::vector<uint8_t> FetchMetafileBits(HMETAFILE metafile) {
     std::vector<uint8_t> bits(size);
     if (::GetMetaFileBitsEx(metafile, size, bits.data()) == 0) THROW_LINE();
     return bits;
+}
+
+// The metafile's bits as the player may take them (MetafileRepair.h); throws
+// the line of a failing call or of bits that cannot be played safely.
+std::vector<uint8_t> FetchPlayableBits(HMETAFILE metafile) {
+    const std::vector<uint8_t> bits = FetchMetafileBits(metafile);
+    std::vector<uint8_t> playable;
+    if (!RepairWindowsMetafile(bits.data(), bits.size(), &playable).Accepted()) THROW_LINE();
+    return playable;
 }
 
 // As the framework's FillSolidRect: the background colour, then an opaque
@@ -43,8 +53,11 @@ HBITMAP RenderMetafileToBitmap(HMETAFILE metafile, HDC reference, int width, int
     }
     HBITMAP result = nullptr;
     try {
-        const std::vector<uint8_t> bits = FetchMetafileBits(metafile);
-        if (!CheckWindowsMetafile(bits.data(), bits.size()).Accepted()) THROW_LINE();
+        // A handle may hold escapes and headers that its maker got wrong: what
+        // is played is the copy of its bits that passed the check.
+        const std::vector<uint8_t> bits = FetchPlayableBits(metafile);
+        const UniqueMetaFile playable(::SetMetaFileBitsEx(static_cast<UINT>(bits.size()), bits.data()));
+        if (!playable) THROW_LINE();
 
         // The bitmap is declared first so that it goes last: the context is
         // deleted with the bitmap still selected after a failure, which frees it.
@@ -66,7 +79,7 @@ HBITMAP RenderMetafileToBitmap(HMETAFILE metafile, HDC reference, int width, int
         SIZE previousExtent{0, 0};
         ::SetViewportExtEx(dc, width, height, &previousExtent);
         if (previousExtent.cx == 0 && previousExtent.cy == 0) THROW_LINE();
-        if (!::PlayMetaFile(dc, metafile)) THROW_LINE();
+        if (!::PlayMetaFile(dc, playable.Get())) THROW_LINE();
         if (::SelectObject(dc, previous) == nullptr) THROW_LINE();
         if (!::RestoreDC(dc, saved)) THROW_LINE();
         if (CenterBitmapContent(bitmap.Get()) == 0) THROW_LINE();
@@ -135,8 +148,7 @@ HENHMETAFILE MakeEnhancedMetafile(HDC reference, HMETAFILE metafile, int width, 
     }
     HENHMETAFILE result = nullptr;
     try {
-        const std::vector<uint8_t> bits = FetchMetafileBits(metafile);
-        if (!CheckWindowsMetafile(bits.data(), bits.size()).Accepted()) THROW_LINE();
+        const std::vector<uint8_t> bits = FetchPlayableBits(metafile);
         result = ::SetWinMetaFileBits(static_cast<UINT>(bits.size()), bits.data(), reference, nullptr);
         if (result == nullptr) THROW_LINE();
     } catch (int line) {
@@ -151,8 +163,9 @@ HENHMETAFILE MakeEnhancedMetafile(HDC reference, HMETAFILE metafile, int width, 
 
 HMETAFILE CreateCheckedMetaFile(const uint8_t* bits, size_t size) {
     if (bits == nullptr || size == 0 || size > UINT_MAX) return nullptr;
-    if (!CheckWindowsMetafile(bits, size).Accepted()) return nullptr;
-    return ::SetMetaFileBitsEx(static_cast<UINT>(size), bits);
+    std::vector<uint8_t> playable;
+    if (!RepairWindowsMetafile(bits, size, &playable).Accepted()) return nullptr;
+    return ::SetMetaFileBitsEx(static_cast<UINT>(playable.size()), playable.data());
 }
 
 }  // namespace thumbnails

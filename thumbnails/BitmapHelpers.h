@@ -7,8 +7,10 @@
 // line (with GetLastError) or report "Unexpected exception!" and give the
 // failure value. After a failure nothing that was made is left.
 //
-// Metafile bits are checked (MetafileCheck.h) before GDI plays or converts
-// them; a metafile that fails the check fails the function.
+// Metafile bits are rebuilt and checked (MetafileRepair.h, MetafileCheck.h)
+// before GDI plays or converts them: escapes are dropped, the header is made
+// to agree with the records, and GDI gets only the rebuilt copy. A metafile
+// that cannot be played safely fails the function.
 #pragma once
 
 #include <windows.h>
@@ -44,8 +46,8 @@ int CenterBitmapContent(HBITMAP bitmap);
 HENHMETAFILE MakeEnhancedMetafile(HDC reference, HMETAFILE metafile, int width, int height);
 
 // A Windows metafile from its bits (starting with its own header, as behind
-// a placeable header), made only when the bits pass the check; null
-// otherwise. The caller owns it (DeleteMetaFile).
+// a placeable header), made from their rebuilt copy when that passes the
+// check; null otherwise. The caller owns it (DeleteMetaFile).
 HMETAFILE CreateCheckedMetaFile(const uint8_t* bits, size_t size);
 
 }  // namespace thumbnails

@@ -7,7 +7,10 @@
 // compared with the record's size. A damaged file can make the player read or
 // write outside the metafile. So before any bytes go to the platform they are
 // walked here in full, and a metafile that fails is treated like a picture
-// that cannot be decoded.
+// that cannot be decoded. Windows metafiles as writers leave them reach it
+// through MetafileRepair.h, which drops their escapes and makes their header
+// agree with their records first, so that only the content of records can
+// refuse one that the platform plays.
 //
 // What is checked:
 //  - Enhanced metafiles: the header record (type, size, " EMF" signature,

@@ -5,6 +5,7 @@
 #include <new>
 
 #include "thumbnails/BitmapDescriptor.h"
+#include "thumbnails/WmfObjectSlots.h"
 
 namespace imaging {
 
@@ -317,20 +318,6 @@ uint32_t FixedWmfWords(uint32_t function) {
     }
 }
 
-bool IsWmfObjectMaker(uint32_t function) {
-    switch (function) {
-        case 0x02FA:
-        case 0x02FB:
-        case 0x02FC:  // pen, font, brush
-        case 0x00F7:
-        case 0x01F9:
-        case 0x0142:
-        case 0x06FF:  // palette, pattern brushes, region
-            return true;
-        default: return false;
-    }
-}
-
 // Whether a Windows metafile record may be played. `r` holds `words` words.
 bool WmfIsSafe(const uint8_t* r, uint64_t words, uint32_t objects) {
     const uint32_t function = Read16(r + 4);
@@ -393,6 +380,52 @@ void AppendNullBrush(std::vector<uint8_t>* out) {
     out->insert(out->end(), record, record + sizeof record);
 }
 
+// The records of a Windows metafile up to its end record, or to `limit` when
+// that ends on a record's end; false when a record is short or reaches past
+// `limit`, or there is no record.
+template <class Visit>
+bool WalkWindowsRecords(const uint8_t* data, uint64_t limit, Visit visit) {
+    uint64_t position = 18;
+    bool any = false;
+    for (;;) {
+        if (position == limit && any) return true;
+        if (limit - position < 6) return false;
+        const uint8_t* record = data + position;
+        const uint64_t words = Read32(record);
+        if (words < 3 || words > (limit - position) / 2) return false;
+        any = true;
+        if (Read16(record + 4) == 0) return true;
+        visit(record, words);
+        position += 2 * words;
+    }
+}
+
+// The size of the object table an enhanced metafile's records need: one past
+// the largest index that a record makes an object at, at most 0xFFFF.
+uint32_t EnhancedObjectsNeeded(const uint8_t* data, uint64_t headerSize, uint64_t limit) {
+    uint32_t needed = 0;
+    for (uint64_t position = headerSize; limit - position >= 8;) {
+        const uint32_t type = Read32(data + position);
+        const uint32_t length = Read32(data + position + 4);
+        if (length < 8 || length % 4 != 0 || length > limit - position || type == kEmrEof) break;
+        switch (type) {
+            case 38:
+            case 39:
+            case 49:
+            case 82:
+            case 93:
+            case 94:
+            case 95:  // pens, brushes, palettes, fonts: the index is the first field
+                if (length >= 12 && Read32(data + position + 8) < 0xFFFF)
+                    needed = std::max(needed, Read32(data + position + 8) + 1);
+                break;
+            default: break;
+        }
+        position += length;
+    }
+    return needed;
+}
+
 }  // namespace
 
 MetafileFilterResult FilterEnhancedMetafile(const uint8_t* data, size_t size, std::vector<uint8_t>* out) {
@@ -400,21 +433,30 @@ MetafileFilterResult FilterEnhancedMetafile(const uint8_t* data, size_t size, st
     out->clear();
     if (data == nullptr || size < 88 || Read32(data) != kEmrHeader) return result;
     const uint32_t headerSize = Read32(data + 4);
-    const uint32_t total = Read32(data + 48);
-    if (headerSize < 88 || headerSize % 4 != 0 || headerSize > size || total > size || total < headerSize ||
-        Read32(data + 40) != 0x464D4520)
+    if (headerSize < 88 || headerSize % 4 != 0 || headerSize > size || Read32(data + 40) != 0x464D4520 ||
+        size > 0xFFFFFFFFu)
         return result;
-    const uint32_t handles = std::max<uint32_t>(Read16(data + 56), 1);
+    // The smaller of the header's byte count and the data, when the count
+    // leaves room for a record at all: writers get it wrong both ways.
+    uint64_t limit = size & ~uint64_t{3};
+    const uint64_t declared = Read32(data + 48);
+    if (declared >= uint64_t{headerSize} + 8) limit = std::min(limit, declared & ~uint64_t{3});
+    // Every index the records make an object at, even where the header
+    // counted the table short.
+    const uint32_t handles =
+        std::max({Read16(data + 56), EnhancedObjectsNeeded(data, headerSize, limit), uint32_t{1}});
     try {
-        out->reserve(total);
+        out->reserve(static_cast<size_t>(limit));
         out->insert(out->end(), data, data + headerSize);
         uint64_t position = headerSize;
         for (;;) {
-            if (position + 8 > total) return MetafileFilterResult{};
+            // Data that ends on a record's end plays as if an end record came.
+            if (position == limit) break;
+            if (limit - position < 8) return MetafileFilterResult{};
             const uint8_t* record = data + position;
             const uint32_t type = Read32(record);
             const uint32_t length = Read32(record + 4);
-            if (length < 8 || length % 4 != 0 || position + length > total) return MetafileFilterResult{};
+            if (length < 8 || length % 4 != 0 || length > limit - position) return MetafileFilterResult{};
             if (type == kEmrEof) break;
             if (type != kEmrHeader && EmrIsSafe(record, length, handles)) {
                 const size_t at = out->size();
@@ -459,22 +501,28 @@ MetafileFilterResult FilterEnhancedMetafile(const uint8_t* data, size_t size, st
 MetafileFilterResult FilterWindowsMetafile(const uint8_t* data, size_t size, std::vector<uint8_t>* out) {
     MetafileFilterResult result;
     out->clear();
-    if (data == nullptr || size < 18) return result;
+    if (data == nullptr || size < 18 || size > 0xFFFFFFFFu) return result;
     const uint32_t type = Read16(data), headerWords = Read16(data + 2), version = Read16(data + 4);
     if ((type != 1 && type != 2) || headerWords != 9 || (version != 0x100 && version != 0x300)) return result;
-    const uint32_t objects = Read16(data + 10);
+    // Writers get the header's size wrong both ways (the whole file's, or the
+    // metafile's with bytes behind it): the smaller of it and the data, when
+    // it leaves room for a record at all.
+    uint64_t limit = size & ~uint64_t{1};
+    const uint64_t declared = 2ull * Read32(data + 6);
+    if (declared >= 18 + 6) limit = std::min(limit, declared);
     try {
-        out->reserve(size + 64);
+        // Every index the writer meant, even where it counted the table short.
+        thumbnails::WmfObjectSlots slots;
+        if (!WalkWindowsRecords(data, limit, [&slots](const uint8_t* record, uint64_t words) {
+                slots.Apply(Read16(record + 4), words > 3 ? Read16(record + 6) : 0);
+            }))
+            return result;
+        const uint32_t objects = std::max(Read16(data + 10), slots.Needed());
+        out->reserve(static_cast<size_t>(limit) + 64);
         out->insert(out->end(), data, data + 18);
-        uint64_t position = 18;
         uint32_t largest = 3;
-        for (;;) {
-            if (position + 6 > size) return MetafileFilterResult{};
-            const uint8_t* record = data + position;
-            const uint64_t words = Read32(record);
+        WalkWindowsRecords(data, limit, [&](const uint8_t* record, uint64_t words) {
             const uint32_t function = Read16(record + 4);
-            if (words < 3 || position + 2 * words > size) return MetafileFilterResult{};
-            if (function == 0) break;
             const size_t at = out->size();
             if (WmfIsSafe(record, words, objects)) {
                 if (function == 0x02FB && words < 3 + 9 + 16) {
@@ -494,18 +542,20 @@ MetafileFilterResult FilterWindowsMetafile(const uint8_t* data, size_t size, std
                 }
                 ++result.kept;
             } else {
-                if (IsWmfObjectMaker(function)) AppendNullBrush(out);
+                if (thumbnails::IsWmfObjectMaker(function)) AppendNullBrush(out);
                 ++result.dropped;
             }
             largest = std::max<uint32_t>(largest, static_cast<uint32_t>((out->size() - at) / 2));
-            position += 2 * words;
-        }
+        });
         const uint8_t end[6] = {3, 0, 0, 0, 0, 0};
         out->insert(out->end(), end, end + sizeof end);
         result.kept += 2;
         uint8_t* header = out->data();
+        Write16(header, 1);                                           // in memory
+        Write16(header + 4, 0x300);                                   // the version the player takes
         Write32(header + 6, static_cast<uint32_t>(out->size() / 2));  // size in words
-        Write32(header + 12, largest);                                // largest record
+        Write16(header + 10, objects);
+        Write32(header + 12, largest);  // largest record
         result.valid = true;
         return result;
     } catch (const std::bad_alloc&) {

@@ -12,11 +12,18 @@
 // is rewritten for the new length. World transforms that are not finite or
 // scale by more than 10^4 are dropped, as are scalings by zero.
 //
-// Dropped in every case: palettes, regions, escapes, old device-bitmap
-// records and the rarer drawing records (polydraw, masks, alpha and gradient
-// fills). In Windows metafiles, where objects take the first free slot, a
-// dropped object-making record is replaced by a null brush, so that the
-// numbers of the objects after it stay right.
+// The record chain is taken as the platform's players take it: up to the
+// smaller of the header's size and the data, ending at the end record or
+// where that stretch ends on a record's end (bytes behind are ignored); only
+// a record that is short or reaches past the stretch spoils the whole. The
+// object table is made as large as the records' indices need, since writers
+// count it short.
+//
+// Dropped in every case: palettes, regions, escapes and comments (EMF+
+// records of dual-mode files among them), old device-bitmap records and the
+// rarer drawing records (polydraw, masks, alpha and gradient fills). In Windows metafiles, where objects take
+// the first free slot, a dropped object-making record is replaced by a null brush, so that the numbers of the
+// objects after it stay right.
 #pragma once
 
 #include <cstddef>
@@ -26,7 +33,7 @@
 namespace imaging {
 
 struct MetafileFilterResult {
-    bool valid = false;  // the header and the record chain were whole
+    bool valid = false;  // the header and the record chain were sound
     uint32_t kept = 0;   // records written, the header and the end included
     uint32_t dropped = 0;
 };

@@ -1,5 +1,6 @@
 #include "thumbnails/PictureProbe.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "thumbnails/BitmapDescriptor.h"
@@ -290,15 +291,19 @@ PictureProbe ProbeEmf(const Bytes& bytes) {
     uint32_t headerSize = 0, total = 0;
     uint32_t bounds[4] = {};
     if (!bytes.U32(4, false, &headerSize) || headerSize < 88 || !bytes.U32(48, false, &total) ||
-        total < headerSize || total > bytes.Size())
+        !bytes.Has(0, headerSize))
         return Result(ProbeStatus::kMalformed, PictureKind::kEmf);
+    // Writers get the byte count wrong both ways: the records are walked to
+    // the smaller of it and the data (MetafileFilter.h).
+    uint64_t limit = bytes.Size() & ~uint64_t{3};
+    if (total >= uint64_t{headerSize} + 8) limit = std::min<uint64_t>(limit, total & ~uint32_t{3});
     for (int i = 0; i < 4; ++i) bytes.U32(8 + 4 * i, false, &bounds[i]);
     uint64_t position = 0;
     bool ended = false;
-    while (!ended) {
+    while (!ended && position != limit) {
         uint32_t type = 0, length = 0;
         if (!bytes.U32(position, false, &type) || !bytes.U32(position + 4, false, &length) || length < 8 ||
-            length % 4 != 0 || position + length > total)
+            length % 4 != 0 || length > limit - position)
             return Result(ProbeStatus::kMalformed, PictureKind::kEmf);
         ended = type == 14;  // EMR_EOF
         position += length;
@@ -323,11 +328,18 @@ bool WmfChainIsWhole(const Bytes& bytes, uint64_t start, int32_t* windowWidth = 
         !bytes.U16(start + 2, false, &headerWords) || headerWords != 9 ||
         !bytes.U16(start + 4, false, &version) || (version != 0x100 && version != 0x300))
         return false;
+    // To the smaller of the header's size and the data, where an end record
+    // or the end of a record at that very point ends the chain.
+    uint64_t limit = bytes.Size();
+    uint32_t declared = 0;
+    if (bytes.U32(start + 6, false, &declared) && 2ull * declared >= 18 + 6)
+        limit = std::min<uint64_t>(limit, start + 2ull * declared);
     uint64_t position = start + 18;
-    for (;;) {
+    for (bool any = false;; any = true) {
+        if (position == limit && any) return true;
         uint32_t words = 0, function = 0;
         if (!bytes.U32(position, false, &words) || !bytes.U16(position + 4, false, &function) || words < 3 ||
-            !bytes.Has(position, 2ull * words))
+            2ull * words > limit - position)
             return false;
         if (function == 0) return true;  // META_EOF
         uint32_t y = 0, x = 0;

@@ -5,7 +5,8 @@
 # fuzzers):
 #   lumbrel_thumbnails_portable  the .thm byte layout, the fit into the
 #                                thumbnail box, the metafile structure check,
-#                                the centring arithmetic, the category walk
+#                                its repair of what writers get wrong, the
+#                                centring arithmetic, the category walk
 #                                and the file error causes
 # Windows only:
 #   lumbrel_thumbnails           CThumbnailItem, CThumbnailLibrary and the GDI
@@ -14,6 +15,7 @@ add_library(lumbrel_thumbnails_portable STATIC
   ${CMAKE_CURRENT_LIST_DIR}/ThmFile.cpp
   ${CMAKE_CURRENT_LIST_DIR}/ThumbnailFit.cpp
   ${CMAKE_CURRENT_LIST_DIR}/MetafileCheck.cpp
+  ${CMAKE_CURRENT_LIST_DIR}/MetafileRepair.cpp
   ${CMAKE_CURRENT_LIST_DIR}/BitmapCentering.cpp
   ${CMAKE_CURRENT_LIST_DIR}/CategoryScan.cpp
   ${CMAKE_CURRENT_LIST_DIR}/FileError.cpp)

@@ -235,10 +235,7 @@ TEST(EnhancedMetafileFilter, HoldsPensFontsAndTransformsToDrawableSizes) {
 }
 
 TEST(EnhancedMetafileFilter, BrokenChainsAreInvalid) {
-    Bytes noEnd = Emf().Add(43, {0, 0, 1, 1}).Finish(false);
     MetafileFilterResult result;
-    Filtered(noEnd, &result);
-    EXPECT_FALSE(result.valid);
     Bytes cut = Emf().Add(43, {0, 0, 1, 1}).Finish();
     cut[108 + 4] = 0x7C;  // the rectangle claims to run past the end
     Filtered(cut, &result);
@@ -287,7 +284,7 @@ TEST(WindowsMetafileFilter, DropsRecordsThatLieAndKeepsObjectNumbers) {
                           .Add(0x00F7, {0x300, 1, 0, 0})      // a palette takes slot 0: dropped, replaced
                           .Add(0x02FC, {0, 0x00FF, 0, 0})     // this brush then still takes slot 1
                           .Add(0x012D, {1})                   // select the brush
-                          .Add(0x012D, {2})                   // beyond the table of 2
+                          .Add(0x012D, {3})                   // beyond the table the objects need
                           .Add(0x0324, {400, 0, 0})           // a polygon claiming 400 points
                           .Add(0x0538, {2, 1, 0x8000, 0, 0})  // a negative count
                           .Add(0x0521, {40, 0x6968})          // text longer than the record
@@ -362,12 +359,116 @@ TEST(WindowsMetafileFilter, ChecksBitmapsAndBrokenChains) {
     EXPECT_EQ(WmfFunctions(FilteredWmf(wmf)), (std::vector<uint32_t>{0x0F43, 0}));
 
     MetafileFilterResult result;
-    Bytes noEnd = Wmf(0).Add(0x041B, {1, 1, 0, 0}).Finish();
-    noEnd.resize(noEnd.size() - 6);
-    FilteredWmf(noEnd, &result);
+    Bytes endsInARecord = Wmf(0).Add(0x041B, {1, 1, 0, 0}).Finish();
+    endsInARecord.resize(endsInARecord.size() - 6 - 2);
+    FilteredWmf(endsInARecord, &result);
     EXPECT_FALSE(result.valid);
     Bytes badHeader = Wmf(0).Finish();
     badHeader[2] = 8;
     FilteredWmf(badHeader, &result);
     EXPECT_FALSE(result.valid);
+}
+
+// ---- Headers and chains as writers leave them -----------------------------------------------
+
+namespace {
+
+void Poke32(Bytes& b, size_t at, uint32_t v) {
+    for (int i = 0; i < 4; ++i) b[at + i] = static_cast<uint8_t>(v >> (8 * i));
+}
+
+}  // namespace
+
+TEST(EnhancedMetafileFilter, TakesTheSmallerOfTheByteCountAndTheData) {
+    const Bytes emf = Emf().Add(43, {0, 0, 5, 5}).Finish();
+    const Bytes clean = Filtered(emf);
+    ASSERT_FALSE(clean.empty());
+    Bytes larger = emf;
+    Poke32(larger, 48, static_cast<uint32_t>(emf.size() + 22));
+    MetafileFilterResult result;
+    EXPECT_EQ(Filtered(larger, &result), clean);
+    EXPECT_TRUE(result.valid);
+    Bytes trailing = emf;
+    trailing.insert(trailing.end(), 24, 0xAB);
+    EXPECT_EQ(Filtered(trailing), clean) << "bytes behind the end record";
+    Poke32(trailing, 48, static_cast<uint32_t>(trailing.size()));
+    EXPECT_EQ(Filtered(trailing), clean) << "and counted";
+}
+
+TEST(EnhancedMetafileFilter, DataEndingOnARecordsEndNeedsNoEndRecord) {
+    const Bytes clean = Filtered(Emf().Add(43, {0, 0, 5, 5}).Finish());
+    MetafileFilterResult result;
+    EXPECT_EQ(Filtered(Emf().Add(43, {0, 0, 5, 5}).Finish(false), &result), clean);
+    EXPECT_TRUE(result.valid);
+    Bytes counted = Emf().Add(43, {0, 0, 5, 5}).Finish(false);
+    Poke32(counted, 48, static_cast<uint32_t>(counted.size() + 20));
+    EXPECT_EQ(Filtered(counted), clean) << "the byte count still counting the end record";
+    Bytes inside = Emf().Add(43, {0, 0, 5, 5}).Finish();
+    inside.resize(inside.size() - 8);
+    Filtered(inside, &result);
+    EXPECT_FALSE(result.valid) << "data ending inside a record";
+}
+
+TEST(EnhancedMetafileFilter, TheObjectTableHoldsEveryIndexMade) {
+    // A header counting one slot, with a pen made at index 3 and selected.
+    const Bytes emf = Emf(1).Add(38, {3, 0, 1, 0, 0}).Add(37, {3}).Add(43, {0, 0, 5, 5}).Finish();
+    MetafileFilterResult result;
+    const Bytes out = Filtered(emf, &result);
+    ASSERT_TRUE(result.valid);
+    EXPECT_EQ(Get16(out, 56), 4u);
+    EXPECT_EQ(EmfTypes(out), (std::vector<uint32_t>{1, 38, 37, 43, 14}));
+}
+
+TEST(EnhancedMetafileFilter, CommentsAndEscapesAreDropped) {
+    const Bytes emf = Emf()
+                          .Add(70, {8, 0x2B464D45, 0x00014001})  // a comment: "EMF+" and a record's start
+                          .Add(106, {0x1234, 4, 0x01020304})     // an escape
+                          .Add(43, {0, 0, 5, 5})
+                          .Finish();
+    MetafileFilterResult result;
+    const Bytes out = Filtered(emf, &result);
+    ASSERT_TRUE(result.valid);
+    EXPECT_EQ(result.dropped, 2u);
+    EXPECT_EQ(EmfTypes(out), (std::vector<uint32_t>{1, 43, 14}));
+}
+
+TEST(WindowsMetafileFilter, TakesWhatThePlayerTakes) {
+    const Bytes wmf = Wmf(2).Add(0x041B, {10, 10, 0, 0}).Finish();
+    const Bytes clean = FilteredWmf(wmf);
+    ASSERT_FALSE(clean.empty());
+    // The size field as the whole file's, placeable header included.
+    Bytes larger = wmf;
+    Poke32(larger, 6, static_cast<uint32_t>(wmf.size() / 2 + 11));
+    MetafileFilterResult result;
+    EXPECT_EQ(FilteredWmf(larger, &result), clean);
+    EXPECT_TRUE(result.valid);
+    // Bytes behind the end record, and the size counting only up to it.
+    Bytes trailing = wmf;
+    Poke32(trailing, 6, static_cast<uint32_t>(wmf.size() / 2));
+    trailing.insert(trailing.end(), 10, 0xAB);
+    EXPECT_EQ(FilteredWmf(trailing), clean);
+    // No end record, the data ending on a record's end.
+    EXPECT_EQ(FilteredWmf(Bytes(wmf.begin(), wmf.end() - 6)), clean);
+    // The header's size ending inside a record.
+    Bytes inside = wmf;
+    Poke32(inside, 6, 9 + 4);
+    FilteredWmf(inside, &result);
+    EXPECT_FALSE(result.valid);
+}
+
+TEST(WindowsMetafileFilter, TheObjectTableHoldsEveryObjectMade) {
+    // Counted as no objects: a pen and a brush, each selected.
+    const Bytes wmf = Wmf(0)
+                          .Add(0x02FA, {0, 1, 0, 0, 0})
+                          .Add(0x012D, {0})
+                          .Add(0x02FC, {0, 0x00FF, 0, 0})
+                          .Add(0x012D, {1})
+                          .Add(0x041B, {10, 10, 0, 0})
+                          .Finish();
+    MetafileFilterResult result;
+    const Bytes out = FilteredWmf(wmf, &result);
+    ASSERT_TRUE(result.valid);
+    EXPECT_EQ(result.dropped, 0u);
+    EXPECT_EQ(Get16(out, 10), 2u);
+    EXPECT_EQ(WmfFunctions(out), (std::vector<uint32_t>{0x02FA, 0x012D, 0x02FC, 0x012D, 0x041B, 0}));
 }

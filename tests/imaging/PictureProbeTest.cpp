@@ -252,12 +252,13 @@ TEST(PictureProbe, NamesAndTextAreNoPictures) {
 
 TEST(PictureProbe, HeadersThatEndEarlyAreMalformed) {
     // Each sample with the length from which its headers are whole: a JPEG
-    // needs only its frame header, a GIF all but its trailer.
+    // needs only its frame header, a GIF all but its trailer, a metafile its
+    // header and whole records (its end record may be missing).
     const Bytes gif = Gif(10, 10, {{10, 10}});
     const Bytes wmf = Wmf(true);
     const std::pair<Bytes, size_t> samples[] = {
         {Bmp(10, 10, 24), 54},     {PngHeader(10, 10), 33}, {gif, gif.size() - 1}, {Jpeg(10, 10), 30},
-        {Tiff(false, 10, 10), 38}, {Icon({{16, 16}}), 62},  {Emf(true), 128},      {wmf, wmf.size()},
+        {Tiff(false, 10, 10), 38}, {Icon({{16, 16}}), 62},  {Emf(true), 108},      {wmf, 22 + 28},
     };
     for (const auto& [whole, needed] : samples) {
         ASSERT_EQ(Probe(whole).status, ProbeStatus::kRecognised);
@@ -277,7 +278,6 @@ TEST(PictureProbe, ContradictionsAreMalformed) {
     EXPECT_EQ(Probe(Bmp(-5, 10, 8)).status, ProbeStatus::kMalformed);
     EXPECT_EQ(Probe(PngHeader(0, 10)).status, ProbeStatus::kMalformed);
     EXPECT_EQ(Probe(Gif(10, 10, {})).status, ProbeStatus::kMalformed) << "no image at all";
-    EXPECT_EQ(Probe(Emf(false)).status, ProbeStatus::kMalformed) << "no end record";
     Bytes icon = Icon({{16, 16}});
     Put32(icon, 6 + 12, 1000);  // image data beyond the end
     EXPECT_EQ(Probe(icon).status, ProbeStatus::kMalformed);
@@ -330,4 +330,22 @@ TEST(PictureProbe, SurvivesRandomBytesBehindEverySignature) {
             EXPECT_LE(probe.height, imaging::kMaxSide);
         }
     }
+}
+
+TEST(PictureProbe, MetafileChainsAreTakenAsThePlayerTakesThem) {
+    // A byte count of more than the data, and data that ends on a record's
+    // end without an end record.
+    Bytes emf = Emf(true);
+    Put32(emf, 48, 128 + 22);
+    EXPECT_EQ(Probe(emf).status, ProbeStatus::kRecognised);
+    EXPECT_EQ(Probe(Emf(false)).status, ProbeStatus::kRecognised) << "ends on a record's end";
+    Bytes wmf = Wmf(false);
+    wmf.resize(28);
+    EXPECT_EQ(Probe(wmf).status, ProbeStatus::kRecognised) << "no end record";
+    // A header size that ends inside the first record.
+    wmf = Wmf(false);
+    Put32(wmf, 6, 9 + 4);
+    EXPECT_EQ(Probe(wmf).status, ProbeStatus::kUnknown);
+    Put32(wmf, 6, 9 + 5);
+    EXPECT_EQ(Probe(wmf).status, ProbeStatus::kRecognised) << "ends on the first record's end";
 }

@@ -212,15 +212,19 @@ TEST_F(MetafileRouteTest, Of22And23BytesOnly23ReachTheMetafileStep) {
 
 TEST_F(MetafileRouteTest, DamagedMetafilesGetThePlaceholder) {
     const Bytes bits = previewtest::BlackSquareMetafile();
-    // Cut short.
-    ExpectPlaceholderAfterStepFailure(
-        Bytes(bits.begin(), bits.begin() + static_cast<std::ptrdiff_t>(bits.size() / 2)));
+    // Cut short inside its first record (ending on a record's end would play
+    // as if the end record came there).
+    ExpectPlaceholderAfterStepFailure(Bytes(bits.begin(), bits.begin() + 18 + 4));
     ExpectPlaceholderAfterStepFailure(previewtest::Placeable(Bytes(bits.begin(), bits.begin() + 18)));
-    // A header that claims more words than there are.
-    Bytes claimsMore = bits;
-    claimsMore[6] = 0xFF;
-    claimsMore[7] = 0x7F;
-    ExpectPlaceholderAfterStepFailure(claimsMore);
+    // A header whose size ends inside the first record: the smaller of it and
+    // the data is taken, and the record does not lie inside it.
+    Bytes endsInARecord = bits;
+    endsInARecord[6] = 9 + 3;
+    endsInARecord[7] = 0;
+    endsInARecord[8] = 0;
+    endsInARecord[9] = 0;
+    ASSERT_GT(bits[18], 3) << "the first record is longer than three words";
+    ExpectPlaceholderAfterStepFailure(endsInARecord);
     // The first record's size made huge.
     Bytes hugeRecord = bits;
     hugeRecord[18] = 0xFF;

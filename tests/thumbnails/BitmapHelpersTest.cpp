@@ -2,6 +2,7 @@
 // metafiles, with GDI under Wine.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <vector>
 
 #include "TestPictures.h"
@@ -217,20 +218,55 @@ TEST(RenderMetafileToBitmap, OnTheScreen) {
 }
 
 TEST(RenderMetafileToBitmap, AMetafileThatFailsTheCheckIsNotPlayed) {
-    // GDI takes a metafile with an escape record; the check does not.
+    // GDI takes a polygon whose count runs past its record; the check does not.
     Bytes bits = testpictures::SampleWindowsMetafileBits([](HDC dc) {
-        ::Rectangle(dc, 0, 0, 10, 10);
-        const char data[4] = {1, 2, 3, 4};
-        ::Escape(dc, 0x1234, sizeof data, data, nullptr);
+        const POINT points[3] = {{0, 0}, {10, 0}, {0, 10}};
+        ::Polygon(dc, points, 3);
     });
     ASSERT_FALSE(bits.empty());
+    size_t at = 18;
+    while (at + 6 <= bits.size() && (bits[at + 4] | bits[at + 5] << 8) != 0x0324)
+        at += 2 * (bits[at] | bits[at + 1] << 8);
+    ASSERT_LT(at + 8, bits.size()) << "the polygon record";
+    bits[at + 6] = 200;  // 200 points in a record of 3
     ASSERT_EQ(thumbnails::CheckWindowsMetafile(bits.data(), bits.size()).status,
-              thumbnails::MetafileCheckStatus::kEscapeRecord);
+              thumbnails::MetafileCheckStatus::kBadRecordContent);
     UniqueMetaFile metafile = MetaFileOf(bits);
     ASSERT_TRUE(metafile);
     Reference24 reference;
     EXPECT_EQ(RenderMetafileToBitmap(metafile.Get(), reference.dc.Get(), 64, 64, kWhite), nullptr);
     EXPECT_EQ(MakeEnhancedMetafile(reference.dc.Get(), metafile.Get(), 64, 64), nullptr);
+}
+
+TEST(RenderMetafileToBitmap, EscapesAreDroppedNotRefused) {
+    auto draw = [](bool escape) {
+        return [escape](HDC dc) {
+            ::Rectangle(dc, 0, 0, 200, 100);
+            const char data[4] = {1, 2, 3, 4};
+            if (escape) ::Escape(dc, 0x1234, sizeof data, data, nullptr);
+            ::Ellipse(dc, 50, 100, 300, 250);
+        };
+    };
+    const Bytes plain = testpictures::SampleWindowsMetafileBits(draw(false));
+    const Bytes withEscape = testpictures::SampleWindowsMetafileBits(draw(true));
+    ASSERT_EQ(thumbnails::CheckWindowsMetafile(withEscape.data(), withEscape.size()).status,
+              thumbnails::MetafileCheckStatus::kEscapeRecord);
+    Reference24 reference;
+    UniqueMetaFile a = MetaFileOf(plain), b = MetaFileOf(withEscape);
+    framework::win32::UniqueBitmap first(RenderMetafileToBitmap(a.Get(), reference.dc.Get(), 64, 64, kWhite));
+    framework::win32::UniqueBitmap second(
+        RenderMetafileToBitmap(b.Get(), reference.dc.Get(), 64, 64, kWhite));
+    ASSERT_TRUE(first);
+    ASSERT_TRUE(second);
+    Bytes one(64 * 64 * 4), two(64 * 64 * 4);
+    const LONG n = static_cast<LONG>(one.size());
+    const LONG got = ::GetBitmapBits(first.Get(), n, one.data());
+    ASSERT_GT(got, 0);
+    ASSERT_EQ(::GetBitmapBits(second.Get(), n, two.data()), got);
+    EXPECT_EQ(one, two) << "the escape draws nothing and is not there";
+    EXPECT_NE(std::count(one.begin(), one.begin() + got, 0xFF), got) << "something was drawn";
+    UniqueEnhMetaFile enhanced(MakeEnhancedMetafile(reference.dc.Get(), b.Get(), 64, 64));
+    EXPECT_TRUE(enhanced);
 }
 
 // ---- MakeEnhancedMetafile ---------------------------------------------------------------
@@ -264,7 +300,7 @@ TEST(CreateCheckedMetaFile, OnlyBitsThatPassTheCheck) {
     UniqueMetaFile metafile(CreateCheckedMetaFile(good.data(), good.size()));
     EXPECT_TRUE(metafile);
     Bytes bad = good;
-    bad.resize(bad.size() - 6);  // without its end record
+    bad.resize(bad.size() - 4);  // ending inside its end record
     EXPECT_EQ(CreateCheckedMetaFile(bad.data(), bad.size()), nullptr);
     EXPECT_EQ(CreateCheckedMetaFile(nullptr, 100), nullptr);
     EXPECT_EQ(CreateCheckedMetaFile(good.data(), 0), nullptr);
