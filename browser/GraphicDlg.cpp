@@ -37,10 +37,17 @@ bool EqualsNoCase(const std::string& left, const std::string& right) {
 CGraphicDlg::CGraphicDlg(HWND parent) : CResizableDialog(IDD_GRAPHIC_DIALOG), constructionParent_(parent) {}
 
 CGraphicDlg::~CGraphicDlg() {
+    // Nothing holds an object that is going.
+    lifetime_ = nullptr;
     // The window goes first, so that what its children are sent on the way
     // out still finds the whole object.
     if (IsAlive()) DestroyWindow();
+    ReleaseWindowState();
+}
+
+void CGraphicDlg::ReleaseWindowState() {
     tree.Detach();
+    currentTreeItem = nullptr;
     if (systemImageList) {
         // The list is the shell's: let go of it without destroying it.
         systemImageList->Detach();
@@ -52,6 +59,20 @@ CGraphicDlg::~CGraphicDlg() {
         gallery->RemoveAllItems();
         gallery.reset();
     }
+    currentPath.clear();
+    itemInfo = EmptyItemInfo();
+    treeNotifyEnabled = 1;
+    parentWindow = nullptr;
+}
+
+void CGraphicDlg::OnDestroy() {
+    ReleaseWindowState();
+    CResizableDialog::OnDestroy();
+}
+
+LRESULT CGraphicDlg::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    const LifetimeHold hold(lifetime_);
+    return CResizableDialog::WindowProc(message, wParam, lParam);
 }
 
 // ---- Start-up --------------------------------------------------------------------
@@ -83,7 +104,7 @@ BOOL CGraphicDlg::OnInitDialog() {
 
         const HCURSOR arrow = ::LoadCursor(nullptr, IDC_ARROW);
         const RECT placeholder = ChildRect(hwnd_, IDC_GALLERY_PLACEHOLDER);
-        gallery = std::make_unique<BrowserGallery>(kLargeCell, FALSE, 3);
+        gallery = std::make_unique<BrowserGallery>(kLargeCell, FALSE, 3, lifetime_);
         gallery->Create(placeholder, hwnd_, IDC_GALLERY, arrow, 0, 0);
         if (gallery->Handle() != nullptr) ::ShowWindow(gallery->Handle(), SW_SHOW);
         gallery->SetDragEnabled(FALSE);
