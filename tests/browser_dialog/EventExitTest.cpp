@@ -141,11 +141,15 @@ TEST_P(EventExitTest, TheRoadSurvivesTheHostsReactionAtEachOfItsEvents) {
             ASSERT_TRUE(host.Ok());
             Prepare(host, road);
             bool reacted = false;
+            long objectsAfterRelease = -1;
             host.onEvent = [&] {
                 if (reacted || host.Events().size() != at + 1) return;
                 reacted = true;
                 switch (reaction) {
-                    case Reaction::kRelease: host.Release(); break;
+                    case Reaction::kRelease:
+                        host.Release();
+                        objectsAfterRelease = framework::ole::ObjectCount();
+                        break;
                     case Reaction::kCloseAndRelease: host.CloseAndRelease(); break;
                     case Reaction::kDestroyHostWindow: host.DestroyHostWindow(); break;
                     case Reaction::kSetItemPath: host.SetItemPath(layout.Path("Patchy"), 1); break;
@@ -159,6 +163,9 @@ TEST_P(EventExitTest, TheRoadSurvivesTheHostsReactionAtEachOfItsEvents) {
             if (reaction == Reaction::kDestroyHostWindow || reaction == Reaction::kCloseAndRelease)
                 EXPECT_EQ(at + 1, host.Events().size())
                     << "a browser whose window is gone tells the host nothing more";
+            if (reaction == Reaction::kRelease)
+                EXPECT_GT(objectsAfterRelease, 0)
+                    << "the control went while the road that fired the event was under way";
             if (reaction == Reaction::kRelease || reaction == Reaction::kCloseAndRelease) {
                 EXPECT_EQ(0, framework::ole::ObjectCount())
                     << "the released control is gone once the road is";
