@@ -160,12 +160,14 @@ TEST_P(EventExitTest, TheRoadSurvivesTheHostsReactionAtEachOfItsEvents) {
             host.onEvent = nullptr;
             EXPECT_TRUE(reacted);
             EXPECT_TRUE(HeapsAreIntact()) << "a freed block was written to";
-            if (reaction == Reaction::kDestroyHostWindow || reaction == Reaction::kCloseAndRelease)
+            if (reaction == Reaction::kDestroyHostWindow || reaction == Reaction::kCloseAndRelease) {
                 EXPECT_EQ(at + 1, host.Events().size())
                     << "a browser whose window is gone tells the host nothing more";
-            if (reaction == Reaction::kRelease)
+            }
+            if (reaction == Reaction::kRelease) {
                 EXPECT_GT(objectsAfterRelease, 0)
                     << "the control went while the road that fired the event was under way";
+            }
             if (reaction == Reaction::kRelease || reaction == Reaction::kCloseAndRelease) {
                 EXPECT_EQ(0, framework::ole::ObjectCount())
                     << "the released control is gone once the road is";
