@@ -51,6 +51,13 @@ CDriveComboBox::~CDriveComboBox() {
     if (hwnd_ != nullptr && ::IsWindow(hwnd_) && imageList) Send(CBEM_SETIMAGELIST, 0, 0);
 }
 
+void CDriveComboBox::OnDestroy() {
+    populated = false;
+    Send(CBEM_SETIMAGELIST, 0, 0);
+    imageList.Reset();
+    Window::OnDestroy();
+}
+
 CGraphicDlg* CDriveComboBox::Dialog() const {
     if (hwnd_ == nullptr) return nullptr;
     return dynamic_cast<CGraphicDlg*>(Window::FromHandle(::GetParent(hwnd_)));
@@ -224,6 +231,8 @@ void CDriveComboBox::OnSelChange() {
 
         GraphicItemInfo nothing = EmptyItemInfo();
         dialog->FireItemSel(nothing);
+        // The host may have destroyed the window inside the event.
+        if (!IsAlive() || !dialog->IsAlive()) return;
 
         const std::string text = GetCurrentText();
         std::string path = text;

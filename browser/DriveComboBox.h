@@ -90,6 +90,9 @@ public:
 
 protected:
     bool OnChildNotify(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) override;
+    // The list and its images described this window: the control's next
+    // window starts empty and builds its list at its own first drop-down.
+    void OnDestroy() override;
 
 private:
     CGraphicDlg* Dialog() const;

@@ -39,6 +39,17 @@ bool EqualsNoCase(const std::string& left, const std::string& right) {
 CGraphicDlg::CGraphicDlg(HWND parent) : CResizableDialog(IDD_GRAPHIC_DIALOG), constructionParent_(parent) {}
 
 CGraphicDlg::~CGraphicDlg() {
+    // Nothing holds an object that is going.
+    lifetime_ = nullptr;
+    // The window goes first: its WM_DESTROY lets go of the image list, the
+    // library and the gallery, in that order, while the object and the child
+    // windows are still whole; then the children go.
+    if (IsAlive()) DestroyWindow();
+    ReleaseWindowState();
+}
+
+void CGraphicDlg::ReleaseWindowState() {
+    currentTreeItem = nullptr;
     if (systemImageList) {
         // The list is the shell's: let go of it without destroying it.
         systemImageList->Detach();
@@ -50,12 +61,23 @@ CGraphicDlg::~CGraphicDlg() {
         gallery->RemoveAllItems();
         gallery.reset();
     }
-    // Then the windows, while the object is still whole for what the children
-    // are sent on the way out; a tree that reports a selection as it goes
-    // must not fill the gallery again.
+    currentPath.clear();
+    itemInfo = EmptyItemInfo();
+    parentWindow = nullptr;
+    // A tree that reports a selection as it goes must not fill the gallery
+    // again; the next window's start turns the notifications back on.
     treeNotifyEnabled = 0;
-    if (IsAlive()) DestroyWindow();
     tree.Detach();
+}
+
+void CGraphicDlg::OnDestroy() {
+    ReleaseWindowState();
+    CResizableDialog::OnDestroy();
+}
+
+LRESULT CGraphicDlg::WindowProc(UINT message, WPARAM wParam, LPARAM lParam) {
+    const LifetimeHold hold(lifetime_);
+    return CResizableDialog::WindowProc(message, wParam, lParam);
 }
 
 // ---- Start-up --------------------------------------------------------------------
@@ -71,6 +93,8 @@ void CGraphicDlg::DoDataExchange() {
 
 BOOL CGraphicDlg::OnInitDialog() {
     CResizableDialog::OnInitDialog();
+    // A window made again after its predecessor went hears its tree again.
+    treeNotifyEnabled = 1;
     DoDataExchange();
     parentWindow = ::GetParent(hwnd_);
     if (parentWindow == nullptr) return FALSE;
@@ -87,7 +111,7 @@ BOOL CGraphicDlg::OnInitDialog() {
 
         const HCURSOR arrow = ::LoadCursor(nullptr, IDC_ARROW);
         const RECT placeholder = ChildRect(hwnd_, IDC_GALLERY_PLACEHOLDER);
-        gallery = std::make_unique<BrowserGallery>(kLargeCell, FALSE, 3);
+        gallery = std::make_unique<BrowserGallery>(kLargeCell, FALSE, 3, lifetime_);
         gallery->Create(placeholder, hwnd_, IDC_GALLERY, arrow, 0, 0);
         if (gallery->Handle() != nullptr) ::ShowWindow(gallery->Handle(), SW_SHOW);
         gallery->SetDragEnabled(FALSE);

@@ -36,6 +36,7 @@
 #include "browser/BrowserSurface.h"
 #include "browser/DriveComboBox.h"
 #include "browser/GraphicItemInfo.h"
+#include "browser/LifetimeHold.h"
 #include "browser/TreeControl.h"
 #include "foundation/ResizableDialog.h"
 #include "foundation/resstr.h"
@@ -50,11 +51,21 @@ namespace browser {
 struct PreviewRequest;
 
 // The gallery as the dialog keeps it: the browser's gallery, whose row
-// count the keyboard map reads.
+// count the keyboard map reads. A click in it tells the host before the
+// gallery has finished with the click, so each of its messages holds the
+// dialog's owner.
 class BrowserGallery final : public gallery::CBrowserGalleryWindow {
 public:
-    using CBrowserGalleryWindow::CBrowserGalleryWindow;
+    BrowserGallery(const SIZE& cell, BOOL withPopupMenu, int kindOfOwner, LifetimeAnchor* owner)
+        : CBrowserGalleryWindow(cell, withPopupMenu, kindOfOwner), owner_(owner) {}
     int TotalRows() const { return totalRows; }
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override {
+        const LifetimeHold hold(owner_);
+        return CBrowserGalleryWindow::WindowProc(message, wParam, lParam);
+    }
+
+private:
+    LifetimeAnchor* owner_;
 };
 
 // The system's small-icon list as the tree shows it. The shell owns the list:
@@ -122,6 +133,9 @@ public:
 
     // ---- BrowserSurface ---------------------------------------------------
     void AttachEvents(ItemEventSink* sink) override { events_ = sink; }
+    // The object the dialog lives in, held while the dialog works (see
+    // LifetimeHold.h); null for a dialog that nothing owns.
+    void AttachLifetime(LifetimeAnchor* owner) { lifetime_ = owner; }
     bool CreateBrowserWindow(HWND parent) override;
     HWND BrowserWindow() const override { return hwnd_; }
     // Not virtual: the control's own SetItemPath hides it (BrowserSurface.h).
@@ -226,14 +240,27 @@ public:
     CDriveComboBox driveCombo;
     TreeControl tree;
 
+    // Every message holds the dialog's owner for its length.
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override;
+
 protected:
     BOOL OnInitDialog() override;
+    void OnDestroy() override;
     bool OnCmdMsg(UINT id, int code, void* extra, void* handlerInfo) override;
     bool OnMessage(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) override;
+    // False once the dialog's window is gone: a host may destroy it inside
+    // any event, and a road that fired one stops there.
+    bool WindowSurvived() const { return IsAlive(); }
 
 private:
     // Binds the combo and the tree to their controls.
     void DoDataExchange();
+    // Lets go of everything that was made with the window: the image list,
+    // the thumbnails, the gallery, the tree's items, the record of what the
+    // window showed. What the host gave the control (its path and position,
+    // the size and double-click settings) stays. Runs when the window goes
+    // and again at teardown, where it finds nothing left to do.
+    void ReleaseWindowState();
     // Reads the primary folder and fills the tree, or navigates to the
     // host's path; FALSE when the registry has no primary folder.
     BOOL FinishStartUp();
@@ -253,6 +280,7 @@ private:
     HWND constructionParent_ = nullptr;
     ItemEventSink* events_ = nullptr;
     std::unique_ptr<thumbnails::CThumbnailLibrary> thumbnailLibrary_;
+    LifetimeAnchor* lifetime_ = nullptr;
     foundation::CResString myComputerString_{IDS_MY_COMPUTER};
     foundation::CResString desktopString_{IDS_DESKTOP};
     foundation::CResString productEntryString_{IDS_PRODUCT_ENTRY};

@@ -68,6 +68,8 @@ void CGraphicDlg::PrepareDoubleClick(const std::string& path) {
         }
         // The render tells the host of the picture (item number 0) before it returns.
         RenderPicture(path, request);
+        // The picture's ItemSel has gone out: the window may be gone.
+        if (!WindowSurvived()) return;
         currentPath = path;
         record.itemNumber = 1;
         CopyToField(record.name, sizeof record.name, PreviewFileNamePart(path));

@@ -160,6 +160,7 @@ void CGraphicDlg::OnTreeSelChanged(NMHDR* notification, LRESULT* result) {
         // A leaf: the host first learns that nothing is selected.
         itemInfo = EmptyItemInfo();
         FireItemSel(itemInfo);
+        if (!WindowSurvived()) return;
         std::string path = GetSelectedPath();
         if (Exists(path)) {
             PreviewRequest request;
@@ -167,6 +168,8 @@ void CGraphicDlg::OnTreeSelChanged(NMHDR* notification, LRESULT* result) {
                 EmptyGallery();
             } else {
                 RenderPicture(path, request);
+                // The picture's ItemSel has gone out: the window may be gone.
+                if (!WindowSurvived()) return;
                 currentTreeItem = item;
                 currentPath = path;
             }
@@ -274,6 +277,9 @@ void CGraphicDlg::NavigateToPath(const std::string& pathGiven, long position) {
         }
 
         driveCombo.OnSelChange();
+        // Each step below follows an ItemSel, inside which the host may have
+        // destroyed the window.
+        if (!WindowSurvived()) return;
 
         HTREEITEM item = tree.GetFirstVisibleItem();
         HTREEITEM last = item;
@@ -305,6 +311,7 @@ void CGraphicDlg::NavigateToPath(const std::string& pathGiven, long position) {
         // would change nothing: it is not asked for.
         if (last != nullptr) {
             tree.SelectItem(last);
+            if (!WindowSurvived()) return;
             tree.SelectDropTarget(last);
         }
         ::SetFocus(tree.Handle());

@@ -56,9 +56,12 @@ bool PointInWindow(HWND window, POINT point) {
 CLumbrelCtrl::CLumbrelCtrl() : ControlWindowSide(kLumbrelClass) {
     SetInitialSize(control::kInitialWidth, control::kInitialHeight);
     AttachEvents(this);
+    AttachLifetime(this);
 }
 
 CLumbrelCtrl::~CLumbrelCtrl() {
+    // The object is going whatever its windows are sent on the way out.
+    AttachLifetime(nullptr);
     // The windows go while both sides are whole: what the dialog and its
     // children are sent on the way out still finds the browser's state.
     const HWND window = ControlHandle();
@@ -137,6 +140,11 @@ HRESULT CLumbrelCtrl::RunMember(DispatchCall& call, VARIANT* result) {
 }
 
 // ---- The browser's dialog -------------------------------------------------------------
+
+bool CLumbrelCtrl::BrowserAlive() const {
+    const HWND dialog = BrowserWindow();
+    return dialog != nullptr && ::IsWindow(dialog);
+}
 
 HWND CLumbrelCtrl::DialogItem(int id) const {
     const HWND dialog = BrowserWindow();
@@ -236,6 +244,14 @@ void CLumbrelCtrl::FireItemDBClick() {
     FireEvent(control::kDispidItemDBClick, nullptr, 0);
 }
 
+void CLumbrelCtrl::Hold() {
+    static_cast<IOleObject*>(this)->AddRef();
+}
+
+void CLumbrelCtrl::Unhold() {
+    static_cast<IOleObject*>(this)->Release();
+}
+
 // ---- Window -------------------------------------------------------------------------------
 
 int CLumbrelCtrl::OnControlCreate(CREATESTRUCTA* create) {
@@ -284,10 +300,11 @@ BOOL CLumbrelCtrl::PreTranslateControlMessage(MSG* msg) {
 bool CLumbrelCtrl::PreTranslateDoubleClick(const MSG& msg) {
     const HWND galleryWindow = DialogItem(control::kGalleryId);
     const HWND treeWindow = DialogItem(control::kTreeId);
+    // A host that ends the browser inside ItemSel hears no ItemDBClick.
     if (PointInWindow(galleryWindow, msg.pt)) {
         if (GetGalleryPosition().currentIndex != -1) {
             FireItemSel(ItemInfo());
-            FireItemDBClick();
+            if (BrowserAlive()) FireItemDBClick();
         }
         return true;
     }
@@ -295,9 +312,9 @@ bool CLumbrelCtrl::PreTranslateDoubleClick(const MSG& msg) {
         std::string path;
         if (GetSelectedPath(&path) && browser::PathExistsOnDisk(path)) {
             PrepareDoubleClick(path);
-            if (ItemInfo().itemNumber > 0) {
+            if (BrowserAlive() && ItemInfo().itemNumber > 0) {
                 FireItemSel(ItemInfo());
-                FireItemDBClick();
+                if (BrowserAlive()) FireItemDBClick();
             }
         }
         return true;

@@ -26,7 +26,8 @@
 
 class CLumbrelCtrl : public control::ControlWindowSide,
                      public control::DialogWindowSide,
-                     protected browser::ItemEventSink {
+                     protected browser::ItemEventSink,
+                     protected browser::LifetimeAnchor {
 public:
     CLumbrelCtrl();
     ~CLumbrelCtrl() override;
@@ -69,8 +70,17 @@ protected:
     void FireItemSel(browser::GraphicItemInfo& info) override;
     void FireItemDBClick() override;
 
+    // browser::LifetimeAnchor: a reference of the control's own, so that a
+    // host's last release inside an event ends the control only when the
+    // road that fired it has returned.
+    void Hold() override;
+    void Unhold() override;
+
 private:
     HWND ControlHandle() const { return ControlWindow().Handle(); }
+    // Whether the browser's window still exists: a host may destroy it
+    // inside any event.
+    bool BrowserAlive() const;
     HWND DialogItem(int id) const;
     LRESULT SendToItem(int id, UINT message, WPARAM wParam = 0, LPARAM lParam = 0) const;
     void FocusItem(int id) const;

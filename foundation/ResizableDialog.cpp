@@ -13,6 +13,9 @@ int Height(const RECT& rect) {
 
 BOOL CResizableDialog::OnInitDialog() {
     Dialog::OnInitDialog();
+    // The anchors describe the children of one window: a dialog object that
+    // is given a new window registers them anew.
+    anchors.clear();
     ::GetWindowRect(hwnd_, &lastRect);
     minSize = SIZE{Width(lastRect), Height(lastRect)};
     initialized = true;

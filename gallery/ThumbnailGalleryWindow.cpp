@@ -488,8 +488,12 @@ void CThumbnailGalleryWindow::SetSelection(int index) {
     currentIndex = index;
 }
 
-void CThumbnailGalleryWindow::Notify() {
+bool CThumbnailGalleryWindow::Notify() {
+    const std::weak_ptr<const int> alive = lifeToken;
+    const HWND window = hwnd_;
     NotifyOwner(nullptr, GetDlgCtrlID(), 0);
+    // Only once the token says the object is there may its members be read.
+    return !alive.expired() && window != nullptr && hwnd_ == window && ::IsWindow(window);
 }
 
 void CThumbnailGalleryWindow::CallDragListener(UINT message, WPARAM wParam, LPARAM lParam) {
@@ -591,7 +595,7 @@ void CThumbnailGalleryWindow::OnLButtonUp(UINT, POINT point) {
         const HWND under = WindowFromPointCall(screen);
         if (dropTarget != nullptr && under != nullptr && under == dropTarget->Handle()) {
             lastAction = kActionDropped;
-            Notify();
+            if (!Notify()) return;
             CallDragListener(WM_LBUTTONUP, 0, 0);
         }
         dragActive = FALSE;
@@ -599,7 +603,7 @@ void CThumbnailGalleryWindow::OnLButtonUp(UINT, POINT point) {
         dragActive = FALSE;
         lastAction = kActionSelected;
         currentIndex = selectedIndex;
-        Notify();
+        if (!Notify()) return;
     }
     mouseState = 0;
     pressPoint = POINT{-1, -1};

@@ -201,7 +201,11 @@ protected:
     // `selectedItem` while it is still the item at `selectedIndex`; null when
     // the list has changed under it.
     CTPGalleryItem* LiveSelectedItem() const;
-    void Notify();
+    // Tells the owner. False when the gallery did not come through it: the
+    // owner may destroy the window, or the gallery object itself, while it
+    // handles the notification, and then nothing of the gallery may be
+    // touched any more.
+    bool Notify();
     void CallDragListener(UINT message, WPARAM wParam, LPARAM lParam);
     void DrawDragImage(HDC dc, const RECT& rect, CTPGalleryItem* item);
 
@@ -237,6 +241,9 @@ protected:
     UINT_PTR timerId = 0;
     BYTE inputLocked = 0;
     BYTE partialRow = 0;
+    // Lives as long as the object: a notification's caller keeps a weak copy
+    // to learn whether the object outlived it.
+    std::shared_ptr<const int> lifeToken = std::make_shared<const int>(0);
 
     // Set at a left press, cleared when a drag begins; for all galleries of
     // a thread. A press and its drag happen on the thread whose windows have

@@ -88,6 +88,26 @@ TEST(ResizableDialog, InitialSizeIsTheMinimum) {
     ASSERT_EQ(dialog.Anchors().size(), 5u);
 }
 
+TEST(ResizableDialog, ASecondWindowRegistersItsAnchorsOnceAndTheyFollowIt) {
+    Host host;
+    AnchoredDialog dialog;
+    ASSERT_TRUE(dialog.Create(host.Handle()));
+    dialog.DestroyWindow();
+    ASSERT_EQ(nullptr, dialog.Handle());
+    ASSERT_TRUE(dialog.Create(host.Handle()));
+    ASSERT_EQ(dialog.Anchors().size(), 5u) << "the first window's anchors are gone with it";
+    const RECT move = ChildRect(dialog, IDC_MOVE);
+    const RECT both = ChildRect(dialog, IDC_BOTH);
+    const SIZE size = WindowSize(dialog);
+    Resize(dialog, size.cx + 20, size.cy + 10);
+    const RECT moveAfter = ChildRect(dialog, IDC_MOVE);
+    EXPECT_EQ(moveAfter.left, move.left + 20);
+    EXPECT_EQ(moveAfter.top, move.top + 10);
+    const RECT bothAfter = ChildRect(dialog, IDC_BOTH);
+    EXPECT_EQ(bothAfter.right - bothAfter.left, both.right - both.left + 20);
+    EXPECT_EQ(bothAfter.bottom - bothAfter.top, both.bottom - both.top + 10);
+}
+
 TEST(ResizableDialog, ChildrenFollowTheirModes) {
     Host host;
     AnchoredDialog dialog;
