@@ -220,6 +220,7 @@ void CLumbrelCtrl::RedrawBitmaps() {
 void CLumbrelCtrl::AboutBox() {
     framework::win32::Dialog about(IDD_ABOUTBOX_LUMBREL);
     const HWND window = ControlHandle();
+    const ModalScope modal(*this);
     about.DoModal(window != nullptr ? window : ::GetActiveWindow());
 }
 
@@ -234,6 +235,14 @@ void CLumbrelCtrl::FireItemSel(browser::GraphicItemInfo& info) {
 
 void CLumbrelCtrl::FireItemDBClick() {
     FireEvent(control::kDispidItemDBClick, nullptr, 0);
+}
+
+void CLumbrelCtrl::BeginModalQuestion() {
+    BeginModal();
+}
+
+void CLumbrelCtrl::EndModalQuestion() {
+    EndModal();
 }
 
 // ---- Window -------------------------------------------------------------------------------

@@ -68,6 +68,10 @@ protected:
     // them through the sink that the constructor attaches.
     void FireItemSel(browser::GraphicItemInfo& info) override;
     void FireItemDBClick() override;
+    // The drive prompt: the container's frame keeps its modeless windows
+    // off while it is open.
+    void BeginModalQuestion() override;
+    void EndModalQuestion() override;
 
 private:
     HWND ControlHandle() const { return ControlWindow().Handle(); }
