@@ -154,6 +154,72 @@ TEST_F(ControlHostDutiesTest, APreviewSentFromAnotherThreadIsNotRead) {
     EXPECT_EQ(storage, imaging::kernel::LiveStorageCount()) << "the foreign pixels were not taken";
 }
 
+// Another thread's 0x405 that arrives while the dialog's own preview is
+// being handed over: a WH_CALLWNDPROC hook sees the dialog's own message
+// before the dialog does and lets the foreign one in first, as a wait that
+// takes sent messages would.
+struct RaceDuringRender {
+    static RaceDuringRender* current;
+    HWND dialog = nullptr;
+    browser::PreviewBitmapRecord* foreign = nullptr;
+    HHOOK hook = nullptr;
+    bool raced = false;
+    LRESULT foreignAnswer = -1;
+
+    static LRESULT CALLBACK Hook(int code, WPARAM sent, LPARAM lParam) {
+        RaceDuringRender* self = current;
+        const auto* call = reinterpret_cast<const CWPSTRUCT*>(lParam);
+        if (code == HC_ACTION && self != nullptr && !self->raced && call->hwnd == self->dialog &&
+            call->message == browser::kPreviewReadyMessage &&
+            call->lParam != reinterpret_cast<LPARAM>(self->foreign)) {
+            self->raced = true;
+            std::atomic<LRESULT> answer{-1};
+            const HWND target = self->dialog;
+            const LPARAM record = reinterpret_cast<LPARAM>(self->foreign);
+            std::thread sender(
+                [&] { answer = ::SendMessageA(target, browser::kPreviewReadyMessage, 0, record); });
+            while (answer == -1) {
+                ::MsgWaitForMultipleObjects(0, nullptr, FALSE, 50, QS_SENDMESSAGE);
+                MSG msg;
+                ::PeekMessageA(&msg, nullptr, 0, 0, PM_NOREMOVE | PM_QS_SENDMESSAGE);
+            }
+            sender.join();
+            self->foreignAnswer = answer;
+        }
+        return ::CallNextHookEx(self != nullptr ? self->hook : nullptr, code, sent, lParam);
+    }
+};
+RaceDuringRender* RaceDuringRender::current = nullptr;
+
+TEST_F(ControlHostDutiesTest, AnotherThreadsPreviewDuringTheDialogsOwnRenderIsNotRead) {
+    ShowPhoto();
+    const imaging::BitmapDescriptor shown = *CellBitmap();
+    // Away and back: the same picture is rendered again.
+    dialog->tree.SelectItem(Find(TVI_ROOT, "Types"));
+    ForeignPreview foreign;
+    ASSERT_TRUE(foreign.ok);
+    const size_t storage = imaging::kernel::LiveStorageCount();
+
+    RaceDuringRender race;
+    race.dialog = dialog->Handle();
+    race.foreign = &foreign.record;
+    RaceDuringRender::current = &race;
+    race.hook = ::SetWindowsHookExA(WH_CALLWNDPROC, &RaceDuringRender::Hook, nullptr, ::GetCurrentThreadId());
+    ASSERT_NE(nullptr, race.hook);
+    dialog->tree.SelectItem(Find(Find(TVI_ROOT, "Types"), "photo.jpg"));
+    ::UnhookWindowsHookEx(race.hook);
+    RaceDuringRender::current = nullptr;
+
+    ASSERT_TRUE(race.raced) << "the dialog rendered its own preview";
+    EXPECT_EQ(0, race.foreignAnswer);
+    ASSERT_EQ(1, dialog->gallery->GetItemCount());
+    ASSERT_NE(nullptr, CellBitmap());
+    EXPECT_EQ(shown.width, CellBitmap()->width) << "the dialog's own preview is the one shown";
+    EXPECT_EQ(shown.height, CellBitmap()->height);
+    EXPECT_EQ(storage, imaging::kernel::LiveStorageCount())
+        << "the new photo's pixels took the old one's place; the foreign ones stayed the test's";
+}
+
 TEST_F(ControlHostDutiesTest, APreviewOutsideARenderingIsNotReadWhetherSentOrPosted) {
     ShowPhoto();
     const imaging::BitmapDescriptor shown = *CellBitmap();
