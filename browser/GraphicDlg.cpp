@@ -1,6 +1,6 @@
 #include "browser/GraphicDlg.h"
 
-#include <cctype>
+#include <climits>
 
 #include "browser/PreviewRender.h"
 #include "browser/ShellAccess.h"
@@ -26,12 +26,14 @@ RECT ChildRect(HWND dialog, int id) {
 }  // namespace
 
 bool EqualsNoCase(const std::string& left, const std::string& right) {
-    if (left.size() != right.size()) return false;
-    for (size_t i = 0; i < left.size(); ++i)
-        if (std::tolower(static_cast<unsigned char>(left[i])) !=
-            std::tolower(static_cast<unsigned char>(right[i])))
-            return false;
-    return true;
+    // The user's locale decides, as it does for the file system's names and
+    // the tree's sorting: letters beyond ASCII match their other case too.
+    // Lengths are passed, so a text stops neither at an embedded NUL nor
+    // after it; texts past what an int can count are told apart by size.
+    const size_t limit = static_cast<size_t>(INT_MAX);
+    if (left.size() > limit || right.size() > limit) return left.size() == right.size() && left == right;
+    return ::CompareStringA(LOCALE_USER_DEFAULT, NORM_IGNORECASE, left.data(), static_cast<int>(left.size()),
+                            right.data(), static_cast<int>(right.size())) == CSTR_EQUAL;
 }
 
 CGraphicDlg::CGraphicDlg(HWND parent) : CResizableDialog(IDD_GRAPHIC_DIALOG), constructionParent_(parent) {}

@@ -102,7 +102,7 @@ SIZE LargePreviewSize(int width, int height);
 SIZE SmallPreviewSize(int width, int height);
 // WM_SIZE's lParam of the size correction for a gallery window of this size.
 LPARAM SizeCorrectionParam(int width, int height);
-// Whether two texts are equal, case-insensitively (ASCII letters).
+// Whether two texts are equal, case-insensitively, by the user's locale.
 bool EqualsNoCase(const std::string& left, const std::string& right);
 
 class CGraphicDlg : public foundation::CResizableDialog, public BrowserSurface {

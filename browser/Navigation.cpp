@@ -241,8 +241,11 @@ void CGraphicDlg::SwitchThumbnailSize(int large) {
 
 // ---- Navigation ----------------------------------------------------------------------
 
-void CGraphicDlg::NavigateToPath(const std::string& pathArgument, long position) {
+void CGraphicDlg::NavigateToPath(const std::string& pathGiven, long position) {
     if (hwnd_ == nullptr) return;
+    // The start-up passes `itemPath` itself, which this function extends by
+    // ".QLT" before it looks at the path as it came in: that one is a copy.
+    const std::string pathArgument = pathGiven;
     try {
         foundation::CResString keyName(IDS_DIRECTORIES_KEY);
         foundation::CResString valueName(IDS_PRIMARY_FOLDER_VALUE);

@@ -71,6 +71,11 @@ bool TreeControl::GetItemImages(HTREEITEM item, int* image, int* selectedImage) 
 }
 
 bool TreeControl::ItemHasChildren(HTREEITEM item) const {
+    // An item that does not answer (-1) has no children either.
+    return GetChildrenCount(item) > 0;
+}
+
+bool TreeControl::HasChildItems(HTREEITEM item) const {
     // A null item would ask for the first root instead.
     return item != nullptr && GetChildItem(item) != nullptr;
 }

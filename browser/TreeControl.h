@@ -34,10 +34,12 @@ public:
     std::string GetItemText(HTREEITEM item) const;
     // False when the item does not answer.
     bool GetItemImages(HTREEITEM item, int* image, int* selectedImage) const;
-    // Whether child items stand below `item` now. A drive of the "MyComputer"
-    // view shows its button before it was ever read, but has no children
-    // until it is expanded: that is the children count, not this.
+    // Whether the tree counts children for `item`: its children count is not
+    // 0. A drive of the "MyComputer" view has a count of 1 before it was
+    // ever read, so it has children here while no child item exists yet.
     bool ItemHasChildren(HTREEITEM item) const;
+    // Whether child items stand below `item` now.
+    bool HasChildItems(HTREEITEM item) const;
     // The children count as the tree reports it, which decides its button:
     // the one given at insertion, or, for an item inserted without one,
     // whether it has child items now. -1 when the item does not answer.

@@ -6,32 +6,12 @@
 #include <new>
 
 #include "containers/ImplodeAdapters.h"
+#include "containers/ItemDataBounds.h"
 #include "foundation/UserMessage.h"
 
 namespace containers {
 
 namespace {
-
-// Bounds on what a data chunk's uncompressedSize may ask to be allocated,
-// so that a hostile size field cannot demand gigabytes. A deflate stream
-// expands at most about 1032:1 and an implode stream at most 518 bytes per
-// 24 bits (about 173:1); a chunk of any other method has no content to
-// expand and may not claim more than its own file holds.
-constexpr int64_t kMaxItemDataSize = int64_t{1} << 30;
-constexpr int64_t kDeflateMaxRatio = 1032;
-constexpr int64_t kImplodeMaxRatio = 173;
-constexpr int64_t kRatioSlack = 1024;
-
-int64_t MaxUncompressedSize(int32_t method, int64_t sourceSize, int64_t fileLength) {
-    int64_t limit = fileLength;
-    switch (method) {
-        case kMethodStored: limit = sourceSize; break;
-        case kMethodZlib: limit = sourceSize * kDeflateMaxRatio + kRatioSlack; break;
-        case kMethodImplode: limit = sourceSize * kImplodeMaxRatio + kRatioSlack; break;
-        default: break;
-    }
-    return limit < kMaxItemDataSize ? limit : kMaxItemDataSize;
-}
 
 // A buffer of `count` bytes, zero-filled, or null when memory is short.
 std::unique_ptr<uint8_t[]> AllocateBytes(int64_t count) {
@@ -254,8 +234,9 @@ std::unique_ptr<uint8_t[]> CArtContainer::ReadItemData(int32_t item, int32_t* si
     if (!chunk) return nullptr;
     try {
         const int64_t sourceSize = int64_t{chunk->chunkSize} - kDataChunkSizeBias;
-        if (expected < 0 || expected > MaxUncompressedSize(chunk->method, sourceSize, file_->Length()))
-            return nullptr;
+        // A claim beyond what the payload could decode to is refused before
+        // anything is allocated for it.
+        if (expected < 0 || expected > MaxItemDataSize(chunk->method, sourceSize)) return nullptr;
         std::unique_ptr<uint8_t[]> result = AllocateBytes(expected);
         if (!result) return nullptr;
         const uint8_t* source = chunk->data.get();
@@ -277,7 +258,7 @@ std::unique_ptr<uint8_t[]> CArtContainer::ReadItemData(int32_t item, int32_t* si
                 status = ExplodeBuffer(source, static_cast<uint32_t>(sourceSize), result.get(), &targetSize);
                 break;
             }
-            default: break;
+            default: break;  // the buffer goes out as allocated: zero-filled
         }
         chunk.reset();
         if (status != 0) return nullptr;

@@ -6,6 +6,7 @@
 // allocation beyond what the file can hold.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -49,6 +50,15 @@ struct ArtRawRendition {
 
 using ItemNumberArray = framework::GrowableArray<int32_t>;
 
+// The most text that one keyword operation builds from a container's keyword
+// map: LoadKeywordMap's list texts together, or the keyword texts that
+// LoadItemKeywordMap adds to its map. A few kilobytes of map can name one
+// long item list from many keywords, or one item from every list, so what a
+// file asks for grows with the square of its size; past the cap the map is
+// refused as one the reader cannot take. 32 MiB is far beyond any real index
+// (10,000 items with 40 keywords of 20 characters each make 8 MiB).
+constexpr size_t kMaxKeywordTextSize = size_t{32} << 20;
+
 class CArtContainer {
 public:
     CArtContainer();
@@ -78,11 +88,17 @@ public:
     // The item's main data, decompressed by its chunk's method, or null with
     // *size 0. An imploded chunk yields its data only when the explode adapter
     // reports failure, and null when it succeeds: the status of every method
-    // is tested against zlib's success code, and that reversal is kept.
+    // is tested against zlib's success code, and that reversal is kept. A
+    // chunk of an unknown method yields uncompressedSize zero bytes. A size
+    // that the payload cannot decode to, or above kMaxItemDataSize, gives
+    // null before anything is allocated (containers/ItemDataBounds.h).
     std::unique_ptr<uint8_t[]> ReadItemData(int32_t item, int32_t* size);
     std::unique_ptr<ArtRawChunk> ReadRawItemData(int32_t* uncompressedSize, int32_t item);
 
-    // Keyword index.
+    // Keyword index. Each call reads the map anew and costs time linear in the
+    // text it builds, which kMaxKeywordTextSize bounds: past it LoadKeywordMap
+    // fails as for a corrupt map, LoadItemKeywordMap gives false (keeping
+    // what it added up to there) and GetItemKeywords the empty text.
     bool LoadKeywordMap(framework::StringMap& keywordToItems);
     bool FindItemsByKeyword(std::string keyword, ItemNumberArray& items);
     bool LoadItemKeywordMap(framework::StringMap& itemToKeywords);

@@ -1,6 +1,6 @@
 // The keyword index of a container: a serialised map from keyword to the
 // offset of an item list, read anew by every operation.
-#include <cstdio>
+#include <charconv>
 #include <string>
 
 #include "containers/ArtContainer.h"
@@ -36,10 +36,25 @@ std::string Trimmed(const std::string& text) {
     return text.substr(begin, end - begin);
 }
 
+// Counts the text that one operation builds from a keyword map and refuses
+// the map, as a file the reader cannot take, once it passes the cap.
+class KeywordTextBudget {
+public:
+    void Spend(size_t bytes) {
+        if (bytes > kMaxKeywordTextSize - spent_)
+            throw framework::FileException("keyword map builds more text than the cap allows");
+        spent_ += bytes;
+    }
+
+private:
+    size_t spent_ = 0;
+};
+
+// The text of "%ld".
 std::string FormatLong(int32_t value) {
     char text[16];
-    std::snprintf(text, sizeof text, "%ld", static_cast<long>(value));
-    return text;
+    const std::to_chars_result end = std::to_chars(text, text + sizeof text, value);
+    return std::string(text, end.ptr);
 }
 
 }  // namespace
@@ -80,16 +95,25 @@ bool CArtContainer::LoadKeywordMap(framework::StringMap& keywordToItems) {
         framework::StringMap map;
         if (!ReadKeywordMapFromFile(map)) return false;
         if (map.GetCount() <= 0) return false;
-        for (const auto& [keyword, value] : map.Pairs()) {
+        // Many keywords may share one long list, so the texts can grow with
+        // the square of the file; they are refused once past the cap.
+        KeywordTextBudget budget;
+        map.ForEach([&](const std::string& keyword, const std::string& value) {
             const int32_t offset = ParseLong(value);
-            if (offset == 0) continue;
+            if (offset == 0) return;
             int32_t count = 0;
             std::unique_ptr<int32_t[]> numbers = ReadItemList(offset, count);
             std::string text;
-            for (int32_t i = 0; i < count; ++i) text += "," + FormatLong(numbers[static_cast<size_t>(i)]);
-            text += ",";
+            for (int32_t i = 0; i < count; ++i) {
+                const std::string number = FormatLong(numbers[static_cast<size_t>(i)]);
+                budget.Spend(number.size() + 1);
+                text += ',';
+                text += number;
+            }
+            budget.Spend(1);
+            text += ',';
             keywordToItems.SetAt(keyword, text);
-        }
+        });
         return true;
     } catch (...) {
         keywordToItems.RemoveAll();
@@ -126,7 +150,12 @@ bool CArtContainer::LoadItemKeywordMap(framework::StringMap& itemToKeywords) {
     framework::StringMap keywordToItems;
     LoadKeywordMap(keywordToItems);
     try {
-        for (const auto& [keyword, list] : keywordToItems.Pairs()) {
+        // One item named thousands of times collects a long text: it grows in
+        // place, so the cost stays linear in what is built, and the cap bounds
+        // the whole.
+        KeywordTextBudget budget;
+        keywordToItems.ForEach([&](const std::string& keyword, const std::string& list) {
+            const std::string appended = keyword + ",";
             long prev = 0;
             for (;;) {
                 const size_t comma = list.find(',', static_cast<size_t>(prev) + 1);
@@ -136,19 +165,20 @@ bool CArtContainer::LoadItemKeywordMap(framework::StringMap& itemToKeywords) {
                 if (length <= 0) break;
                 const std::string item =
                     list.substr(static_cast<size_t>(prev) + 1, static_cast<size_t>(length));
-                std::string value;
-                if (!itemToKeywords.Lookup(item, value) || value.empty()) {
-                    itemToKeywords.SetAt(item, "," + keyword + ",");
+                const std::string* value = itemToKeywords.ValueOf(item);
+                if (value == nullptr || value->empty()) {
+                    budget.Spend(appended.size() + 1);
+                    itemToKeywords.SetAt(item, "," + appended);
                 } else {
-                    // Removing first moves the key to the head of its bucket,
-                    // which later walks of the map see.
-                    const std::string extended = value + keyword + ",";
-                    itemToKeywords.RemoveKey(item);
-                    itemToKeywords.SetAt(item, extended);
+                    budget.Spend(appended.size());
+                    // In place, and the key moves to the head of its bucket as
+                    // removing it and storing the longer text would: later
+                    // walks see that order.
+                    itemToKeywords.ExtendValue(item, appended);
                 }
                 prev = next;
             }
-        }
+        });
         return true;
     } catch (...) {
         return false;
@@ -157,7 +187,7 @@ bool CArtContainer::LoadItemKeywordMap(framework::StringMap& itemToKeywords) {
 
 std::string CArtContainer::GetItemKeywords(int32_t item) {
     framework::StringMap itemToKeywords;
-    LoadItemKeywordMap(itemToKeywords);
+    if (!LoadItemKeywordMap(itemToKeywords)) return std::string();
     std::string keywords;
     if (!itemToKeywords.Lookup(FormatLong(item), keywords)) return std::string();
     return keywords;

@@ -9,6 +9,8 @@
 #include <exception>
 #include <string>
 
+#include "foundation/FoundationStrings.h"
+
 namespace foundation {
 
 class CKAssertException : public std::exception {
@@ -39,8 +41,8 @@ private:
     mutable std::string whatText_;
 };
 
-inline constexpr long kAssertMessageWithFile = 6051;
-inline constexpr long kAssertMessageWithoutFile = 6052;
+inline constexpr long kAssertMessageWithFile = IDS_ASSERT_WITH_FILE;
+inline constexpr long kAssertMessageWithoutFile = IDS_ASSERT_WITHOUT_FILE;
 
 // The process's one instance, built at load time.
 CKAssertException& AssertException();

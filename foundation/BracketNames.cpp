@@ -2,14 +2,16 @@
 
 #include <string.h>
 
+#include "foundation/FoundationStrings.h"
+
 namespace foundation {
 
 namespace {
 
 BracketEntry g_bracketEntries[kBracketEntryCount] = {
-    {CResString(6010), -2, 16},
-    {CResString(6011), -3, 32},
-    {CResString(6012), -4, 8},
+    {CResString(IDS_BRACKET_FIRST), -2, 16},
+    {CResString(IDS_BRACKET_SECOND), -3, 32},
+    {CResString(IDS_BRACKET_THIRD), -4, 8},
 };
 
 }  // namespace

@@ -18,6 +18,7 @@
 #include <cstdint>
 
 #include "foundation/ColorMath.h"
+#include "foundation/FoundationStrings.h"
 
 namespace foundation {
 
@@ -42,8 +43,8 @@ enum ClipboardFormatIndex {
 };
 
 // Resource ids of the font faces.
-inline constexpr long kStdFontFaceId = 6104;
-inline constexpr long kStdFontFixedHeightFaceId = 6110;
+inline constexpr long kStdFontFaceId = IDS_STD_FONT_FACE;
+inline constexpr long kStdFontFixedHeightFaceId = IDS_STD_FONT_FIXED_FACE;
 
 // A brush of GetSysColor(index) as it was at the first request; null for an
 // index outside 0..29.

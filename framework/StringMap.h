@@ -5,6 +5,10 @@
 // down each chain from its head. Results that list a map's contents depend on
 // this order, so it is part of the contract, not an accident.
 //
+// The chains only give the order. Keys are found through an index of their
+// own, so a lookup costs the same in a map of a million keys as in one of ten,
+// however a file chose its keys to crowd one bucket.
+//
 // Keys and values are C texts: whatever follows an embedded NUL is dropped on
 // the way in, as with the classic map, which took them as NUL-terminated
 // pointers.
@@ -12,6 +16,7 @@
 
 #include <cstdint>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 namespace framework {
@@ -32,6 +37,14 @@ public:
     bool RemoveKey(const std::string& key);
     void RemoveAll();
 
+    // The value of `key` without a copy, or null; valid until the map changes.
+    const std::string* ValueOf(const std::string& key) const;
+    // Appends `text` to the value of an existing key and puts the key at the
+    // head of its bucket: the pair as RemoveKey followed by SetAt(key, value +
+    // text) would leave it, without copying the value. False when the key is
+    // absent.
+    bool ExtendValue(const std::string& key, const std::string& text);
+
     // Calls f(key, value) for each pair in iteration order.
     template <typename F>
     void ForEach(F&& f) const {
@@ -47,12 +60,17 @@ private:
     struct Node {
         std::string key;
         std::string value;
+        uint32_t bucket = 0;
         int next = -1;
+        int previous = -1;
     };
-    int Find(const std::string& key, uint32_t bucket) const;
+    int Find(const std::string& key) const;
+    void Unlink(int node);
+    void LinkAtHead(int node);
 
     std::vector<Node> nodes_;
     std::vector<int> freeNodes_;
+    std::unordered_map<std::string, int> index_;
     int heads_[kBucketCount] = {-1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1, -1};
     int count_ = 0;
 };

@@ -59,6 +59,12 @@ HWND WindowFromPointCall(POINT screenPoint) {
                                                          : ::WindowFromPoint(screenPoint);
 }
 
+BOOL TrackPopupMenuCall(HMENU menu, UINT flags, int x, int y, HWND owner) {
+    if (g_drawingFunctions.trackPopupMenu != nullptr)
+        return g_drawingFunctions.trackPopupMenu(menu, flags, x, y, owner);
+    return ::TrackPopupMenu(menu, flags, x, y, 0, owner, nullptr);
+}
+
 // The screen's context for the drag image, given back on leaving the scope.
 class ScreenDc {
 public:
@@ -611,8 +617,7 @@ void CThumbnailGalleryWindow::OnRButtonDown(UINT, POINT point) {
     ::MapWindowPoints(hwnd_, nullptr, &screen, 1);
     UpdateMenu(selectedIndex);
     if (popupMenu)
-        ::TrackPopupMenu(popupMenu.Get(), TPM_CENTERALIGN | TPM_RIGHTBUTTON, screen.x, screen.y, 0, hwnd_,
-                         nullptr);
+        TrackPopupMenuCall(popupMenu.Get(), TPM_CENTERALIGN | TPM_RIGHTBUTTON, screen.x, screen.y, hwnd_);
     SetSelection(-1);
 }
 

@@ -40,16 +40,17 @@ public:
     virtual void OnDragMessage(UINT message, WPARAM wParam, LPARAM lParam) = 0;
 };
 
-// The platform calls of the buffered paint and of the drag image,
-// replaceable so that tests can make the buffer fail and watch the direct
-// path, and see what a drag does to the screen (which a headless display
-// does not keep). A null member stands for the platform's own function:
-// CreateCompatibleDC, CreateCompatibleBitmap, BitBlt, GetDC(NULL),
-// ReleaseDC(NULL, dc) and WindowFromPoint. The paint's buffer is made
-// through the first two; every copy of the paint and of the drag goes
-// through bitBlt; the drag's screen context comes from the next two; the
-// window under a drop comes from windowFromPoint, since the real screen is
-// shared with every other program on the desktop.
+// The platform calls of the buffered paint, of the drag image and of the
+// popup menu, replaceable so that tests can make the buffer fail and watch
+// the direct path, see what a drag does to the screen (which a headless
+// display does not keep), and see how the menu is asked for. A null member
+// stands for the platform's own function: CreateCompatibleDC,
+// CreateCompatibleBitmap, BitBlt, GetDC(NULL), ReleaseDC(NULL, dc),
+// WindowFromPoint and TrackPopupMenu. The paint's buffer is made through the
+// first two; every copy of the paint and of the drag goes through bitBlt;
+// the drag's screen context comes from the next two; the window under a drop
+// comes from windowFromPoint, since the real screen is shared with every
+// other program on the desktop.
 struct GalleryDrawingFunctions {
     using CreateCompatibleDcFunction = HDC (*)(HDC dc);
     using CreateCompatibleBitmapFunction = HBITMAP (*)(HDC dc, int width, int height);
@@ -58,6 +59,7 @@ struct GalleryDrawingFunctions {
     using GetScreenDcFunction = HDC (*)();
     using ReleaseScreenDcFunction = void (*)(HDC dc);
     using WindowFromPointFunction = HWND (*)(POINT screenPoint);
+    using TrackPopupMenuFunction = BOOL (*)(HMENU menu, UINT flags, int x, int y, HWND owner);
 
     CreateCompatibleDcFunction createCompatibleDc = nullptr;
     CreateCompatibleBitmapFunction createCompatibleBitmap = nullptr;
@@ -65,6 +67,7 @@ struct GalleryDrawingFunctions {
     GetScreenDcFunction getScreenDc = nullptr;
     ReleaseScreenDcFunction releaseScreenDc = nullptr;
     WindowFromPointFunction windowFromPoint = nullptr;
+    TrackPopupMenuFunction trackPopupMenu = nullptr;
 };
 // Installs `functions` and returns the ones they replace.
 GalleryDrawingFunctions SetGalleryDrawingFunctions(const GalleryDrawingFunctions& functions);

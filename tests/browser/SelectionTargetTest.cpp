@@ -95,3 +95,20 @@ TEST(TargetOfPath, OnDiskContainerIsFoundByItsTreePath) {
     EXPECT_EQ(target.kind, TargetKind::Container);
     EXPECT_EQ(target.path, dir.File("cats") + ".QLT");
 }
+
+#ifdef _WIN32
+// Only where file names are case-insensitive does a container named in lower
+// case answer to the path with ".QLT"; it is reported with the extension in
+// upper case all the same, by both rules.
+TEST(TargetOfPath, OnDiskLowerCaseContainerIsReportedWithUpperCaseExtension) {
+    testsupport::TempDir dir;
+    dir.Write("cats.qlt", {1});
+    ASSERT_TRUE(PathExistsOnDisk(dir.File("cats.QLT")));
+    const auto target = TargetOfPath(dir.File("cats"), PathExistsOnDisk);
+    EXPECT_EQ(target.kind, TargetKind::Container);
+    EXPECT_EQ(target.path, dir.File("cats") + ".QLT");
+    const auto gallery = TargetOfPathContainerFirst(dir.File("cats"), PathExistsOnDisk);
+    EXPECT_EQ(gallery.kind, TargetKind::Container);
+    EXPECT_EQ(gallery.path, dir.File("cats") + ".QLT");
+}
+#endif

@@ -102,6 +102,25 @@ TEST(BrowserRules, TextsAreComparedWithoutCase) {
     EXPECT_TRUE(browser::EqualsNoCase("", ""));
     EXPECT_FALSE(browser::EqualsNoCase("Orrimond", "Orrimon"));
     EXPECT_FALSE(browser::EqualsNoCase("MyComputer", "My Computer"));
+    EXPECT_FALSE(browser::EqualsNoCase(std::string("ab\0c", 4), std::string("ab\0d", 4)))
+        << "an embedded NUL ends neither text";
+}
+
+// The same names as the user's code page writes them: the letters beyond
+// ASCII must match their other case as they do in the file system.
+TEST(BrowserRules, LettersBeyondAsciiAreComparedWithoutCase) {
+    const auto ansi = [](const wchar_t* text) {
+        BOOL lossy = FALSE;
+        char buffer[64] = {};
+        const int length = ::WideCharToMultiByte(CP_ACP, 0, text, -1, buffer, sizeof buffer, nullptr, &lossy);
+        return length > 0 && !lossy ? std::string(buffer) : std::string();
+    };
+    const std::string upper = ansi(L"\u00C9COLE \u00D6L");
+    const std::string lower = ansi(L"\u00E9cole \u00F6l");
+    ASSERT_FALSE(upper.empty() || lower.empty()) << "the code page " << ::GetACP() << " writes these letters";
+    EXPECT_TRUE(browser::EqualsNoCase(upper, lower));
+    EXPECT_FALSE(browser::EqualsNoCase(upper, ansi(L"\u00E8cole \u00F6l")))
+        << "another accent is another letter";
 }
 
 }  // namespace

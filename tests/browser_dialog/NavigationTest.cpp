@@ -158,10 +158,11 @@ TEST_F(NavigationTest, ANodeWithChildrenIsClearedBeforeTheHostIsTold) {
     EXPECT_TRUE(recorder.moments[0].cell == (SIZE{0, 0}));
 }
 
-TEST_F(NavigationTest, ADriveOfMyComputerThatWasNeverReadIsALeaf) {
-    // A drive shows its button before it is read, but has no children until
-    // it is expanded: selecting it takes the leaf's road. With no disc in it
-    // it is neither a file nor a container, so the gallery keeps what it showed.
+TEST_F(NavigationTest, ADriveOfMyComputerThatWasNeverReadHasChildrenAndEmptiesTheGallery) {
+    // A drive is inserted with a children count of 1, so before it was ever
+    // read (and even with no disc in it) it counts as having children:
+    // selecting it empties the gallery like any node with children, and the
+    // host hears only that nothing is selected.
     Disk disk;
     disk.Folder("cd");
     ScopedDrive cd(FreeDriveLetter(), disk.Path("cd"), DRIVE_CDROM);
@@ -178,13 +179,20 @@ TEST_F(NavigationTest, ADriveOfMyComputerThatWasNeverReadIsALeaf) {
     EXPECT_TRUE(SameRecords({Record(1, 1, fixed.Text() + "\\\\Animals.QLT")}, {Last()}));
     harness.sink.Clear();
 
-    harness.Select(harness.At({cd.Text() + "\\"}));
+    const HTREEITEM unread = harness.At({cd.Text() + "\\"});
+    ASSERT_NE(nullptr, unread);
+    ASSERT_FALSE(harness.Tree().HasChildItems(unread)) << "the drive was never read";
+    MomentRecorder recorder(harness);
+    harness.Select(unread);
     EXPECT_TRUE(SameRecords({NothingSelected()}, harness.sink.Records()));
-    EXPECT_TRUE(SameRecords({NothingSelected()}, {Last()}));
-    EXPECT_EQ(5, harness.Gallery().GetItemCount()) << "the gallery keeps what it showed";
-    EXPECT_TRUE(harness.Gallery().GetCellSize() == browser::kLargeCell);
+    ASSERT_EQ(1u, recorder.moments.size());
+    EXPECT_EQ(0, recorder.moments[0].items) << "emptied before the host is told";
+    EXPECT_EQ(0, harness.Gallery().GetItemCount());
+    EXPECT_TRUE(harness.Gallery().GetCellSize() == (SIZE{0, 0}));
 
-    // A drive that was read has children: the gallery empties.
+    // A drive that was read empties it the same way.
+    harness.Select(harness.At({fixed.Text() + "\\", "Animals"}));
+    ASSERT_EQ(5, harness.Gallery().GetItemCount());
     harness.sink.Clear();
     harness.Select(root);
     EXPECT_TRUE(SameRecords({NothingSelected()}, harness.sink.Records()));
@@ -600,6 +608,22 @@ TEST_F(NavigationTest, DotsInFolderNamesAreOrdinaryCharactersOfThePath) {
     EXPECT_TRUE(SameRecords({NothingSelected(), Record(1, 1, disk.Path("P\\my.pics\\box.QLT"))},
                             fresh.sink.Records()));
     EXPECT_EQ(2, fresh.Gallery().GetItemCount());
+}
+
+TEST_F(NavigationTest, AtStartTheDirectoryTestLooksAtTheStoredPathWithoutTheExtension) {
+    // The stored path names no file; with ".QLT" appended it names a folder.
+    // The test for a directory is made on the path as it was stored, which
+    // is no directory, so the folder is reported as the item.
+    Disk disk;
+    disk.File("P\\Stack.QLT\\inside.jpg", JpegPicture(20, 20));
+    ScopedPrimaryFolder own(disk.Path("P"));
+    DialogHarness fresh;
+    const std::string stored = disk.Path("P\\Stack");
+    fresh.Dialog().SetItemPath(stored, 2);
+    ASSERT_TRUE(fresh.Create());
+    ASSERT_FALSE(fresh.sink.Records().empty());
+    EXPECT_TRUE(SameRecords({Record(1, 2, stored + ".QLT")}, {fresh.sink.Records().back()}));
+    EXPECT_EQ(stored + ".QLT", fresh.Dialog().itemPath);
 }
 
 TEST_F(NavigationTest, ALongDrivePartBecomesTheWholeComboEntry) {

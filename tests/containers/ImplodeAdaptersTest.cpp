@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <string>
@@ -212,4 +213,93 @@ TEST(ImplodeAdapters, ReadCallbackTakesTheCrcWhenCompressing) {
     unsigned int want = 64;
     ASSERT_EQ(ImplodeReadCallback(buffer, &want, &stream), 64u);
     EXPECT_EQ(~stream.crc, ReferenceCrc(source));
+}
+
+namespace {
+
+// 100 bytes: `noisy` bytes of noise (which grow in imploding) ahead of text
+// (which shrinks).
+std::vector<uint8_t> Mixture(size_t noisy, unsigned seed) {
+    std::vector<uint8_t> data = TextLike(100);
+    std::mt19937 random(seed);
+    for (size_t i = 0; i < noisy; ++i) data[i] = static_cast<uint8_t>(random());
+    return data;
+}
+
+// Implodes as ImplodeMemory does, into a span of `room` bytes.
+ImplodeStream ImplodeInto(std::vector<uint8_t> data, uint8_t* target, uint32_t room) {
+    ImplodeStream stream{};
+    stream.mode = kModeCompress;
+    stream.crc = 0xFFFFFFFFu;
+    stream.source = MemoryCursor{data.data(), 0, static_cast<uint32_t>(data.size())};
+    stream.middle = MemoryCursor{target, 0, room};
+    std::vector<char> work(dcl::kWorkBufferSize);
+    unsigned int type = dcl::kCompressionAscii, dictionary = 4096;
+    EXPECT_EQ(
+        dcl::implode(ImplodeReadCallback, ImplodeWriteCallback, work.data(), &stream, &type, &dictionary),
+        dcl::kOk);
+    return stream;
+}
+
+}  // namespace
+
+TEST(ImplodeAdapters, HundredBytesImplodingToAHundredSucceedAndToAHundredAndOneFail) {
+    // Somewhere between all text and all noise, mixtures implode to exactly
+    // 100 and to 101 bytes; they are looked for, not assumed.
+    std::vector<uint8_t> exact;
+    std::vector<uint8_t> over;
+    for (unsigned seed = 1; seed < 40 && (exact.empty() || over.empty()); ++seed) {
+        for (size_t noisy = 0; noisy <= 100; ++noisy) {
+            const std::vector<uint8_t> data = Mixture(noisy, seed);
+            const size_t size = Imploded(data).size();
+            if (size == 100 && exact.empty()) exact = data;
+            if (size == 101 && over.empty()) over = data;
+        }
+    }
+    ASSERT_FALSE(exact.empty());
+    ASSERT_FALSE(over.empty());
+
+    std::vector<uint8_t> target(200, 0xCD);
+    uint32_t size = 100;
+    ASSERT_EQ(ImplodeBuffer(target.data(), exact.data(), &size), 1);
+    EXPECT_EQ(size, 100u);
+    EXPECT_EQ(std::vector<uint8_t>(target.begin(), target.begin() + 100), Imploded(exact));
+    EXPECT_EQ(std::vector<uint8_t>(target.begin() + 100, target.end()), std::vector<uint8_t>(100, 0xCD));
+    std::vector<uint8_t> back(100);
+    const uint32_t backSize = 100;
+    ASSERT_EQ(ExplodeBuffer(target.data(), size, back.data(), &backSize), 1);
+    EXPECT_EQ(back, exact);
+
+    std::fill(target.begin(), target.end(), 0xCD);
+    size = 100;
+    EXPECT_EQ(ImplodeBuffer(target.data(), over.data(), &size), 0);
+    EXPECT_EQ(size, 100u) << "the size is left alone on failure";
+    EXPECT_EQ(target, std::vector<uint8_t>(200, 0xCD)) << "the block that would overrun is not copied";
+    const ImplodeStream stream = ImplodeInto(over, target.data(), 100);
+    EXPECT_EQ(stream.overflow, 1);
+    EXPECT_EQ(stream.totalWritten, 101u);
+    EXPECT_EQ(target, std::vector<uint8_t>(200, 0xCD));
+}
+
+TEST(ImplodeAdapters, EmptySourceLeavesNoRoomForTheLibrarysStream) {
+    // The library answers an empty input with success and a stream of its
+    // header and end code; the adapter allows no more output than input, so
+    // that stream overflows an empty span.
+    std::vector<uint8_t> room(64, 0xCD);
+    const ImplodeStream roomy = ImplodeInto({}, room.data(), 64);
+    EXPECT_EQ(roomy.overflow, 0);
+    EXPECT_GT(roomy.totalWritten, 0u);
+    EXPECT_EQ(roomy.source.position, 0u);
+    EXPECT_EQ(roomy.crc, 0xFFFFFFFFu) << "the read callback delivered nothing";
+
+    uint8_t source[1] = {42};
+    uint8_t target[8];
+    std::memset(target, 0xCD, sizeof target);
+    uint32_t size = 0;
+    EXPECT_EQ(ImplodeBuffer(target, source, &size), 0);
+    EXPECT_EQ(size, 0u);
+    uint32_t crc = 1, packedSize = 1;
+    EXPECT_EQ(ImplodeMemory(&crc, &packedSize, source, target, 0), 0);
+    EXPECT_EQ(crc, 1u) << "nothing is given out on failure";
+    for (uint8_t b : target) EXPECT_EQ(b, 0xCD);
 }

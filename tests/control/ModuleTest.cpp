@@ -13,7 +13,12 @@
 
 #include "ModuleTestSupport.h"
 #include "OleTestSupport.h"
+#include "browser/BrowserIds.h"
 #include "control/LumbrelIds.h"
+#include "control/resource.h"
+#include "foundation/FoundationStrings.h"
+#include "gallery/BrowserGalleryWindow.h"
+#include "thumbnails/KeyedObject.h"
 
 namespace controltest {
 namespace {
@@ -117,6 +122,43 @@ TEST_F(ModuleTest, CanUnloadOnlyWithoutObjectsAndLocks) {
     object.Reset();
     site->Release();
     EXPECT_EQ(S_OK, ocx.canUnloadNow());
+}
+
+// Every string that the module's code loads from its own table is there, in
+// the module a host loads; the two that it asks for on purpose without
+// holding them stay out, so that they keep giving the empty text.
+TEST_F(ModuleTest, HoldsEveryStringItsCodeAsksFor) {
+    const struct {
+        UINT id;
+        const char* user;
+    } asked[] = {
+        {IDS_LUMBREL, "user type name"},
+        {IDS_LUMBREL_PPG, "property page name"},
+        {IDS_LUMBREL_PPG_CAPTION, "property page caption"},
+        {IDS_MY_COMPUTER, "drive list"},
+        {IDS_DESKTOP, "drive list"},
+        {IDS_LOCAL_HAR, "drive list"},
+        {IDS_PRODUCT_ENTRY, "drive list"},
+        {IDS_DIRECTORIES_KEY, "primary folder"},
+        {IDS_PRIMARY_FOLDER_VALUE, "primary folder"},
+        {IDS_BRACKET_FIRST, "bracket names"},
+        {IDS_BRACKET_SECOND, "bracket names"},
+        {IDS_BRACKET_THIRD, "bracket names"},
+        {IDS_ASSERT_WITH_FILE, "assertion message"},
+        {IDS_ASSERT_WITHOUT_FILE, "assertion message"},
+        {IDS_STD_FONT_FACE, "shared fonts"},
+        {IDS_STD_FONT_FIXED_FACE, "shared fonts"},
+    };
+    for (const auto& string : asked) {
+        char text[512] = {};
+        EXPECT_GT(::LoadStringA(ocx.module, string.id, text, sizeof text), 0)
+            << "string " << string.id << " (" << string.user << ")";
+    }
+    for (const UINT absent : {static_cast<UINT>(thumbnails::kKeyedObjectKeyString),
+                              gallery::CBrowserGalleryWindow::kConfirmCommandPrompt}) {
+        char text[512] = {};
+        EXPECT_EQ(0, ::LoadStringA(ocx.module, absent, text, sizeof text)) << "string " << absent;
+    }
 }
 
 // A host that frees the module (as CoFreeUnusedLibraries does once

@@ -667,6 +667,51 @@ void CALLBACK EndMenuSoon(HWND, UINT, UINT_PTR, DWORD) {
 }
 }  // namespace
 
+namespace {
+struct TrackedMenu {
+    int calls = 0;
+    HMENU menu = nullptr;
+    UINT flags = 0;
+    POINT at = {};
+    HWND owner = nullptr;
+    int selectedDuringMenu = -2;
+    const gallery::CThumbnailGalleryWindow* gallery = nullptr;
+};
+TrackedMenu g_trackedMenu;
+}  // namespace
+
+// The menu is asked for centred on the press, in screen coordinates, with
+// the right button able to choose, on behalf of the gallery's window.
+TEST(GalleryRightButton, TheMenuIsCentredOnThePressOnTheScreen) {
+    Fixture<Gallery> f(500, 400, kLargeCell, TRUE);
+    f.gallery.Fill(6);
+    g_trackedMenu = TrackedMenu();
+    g_trackedMenu.gallery = &f.gallery;
+    gallery::GalleryDrawingFunctions functions;
+    functions.trackPopupMenu = [](HMENU menu, UINT flags, int x, int y, HWND owner) -> BOOL {
+        ++g_trackedMenu.calls;
+        g_trackedMenu.menu = menu;
+        g_trackedMenu.flags = flags;
+        g_trackedMenu.at = POINT{x, y};
+        g_trackedMenu.owner = owner;
+        g_trackedMenu.selectedDuringMenu = g_trackedMenu.gallery->SelectedIndex();
+        return TRUE;
+    };
+    DrawingFunctionsScope scope(functions);
+    f.gallery.Send(WM_RBUTTONDOWN, MK_RBUTTON, Point(150, 200));
+    POINT screen = {150, 200};
+    ::ClientToScreen(f.gallery.Handle(), &screen);
+    ASSERT_EQ(g_trackedMenu.calls, 1);
+    EXPECT_EQ(g_trackedMenu.menu, f.gallery.popupMenu.Get());
+    EXPECT_EQ(g_trackedMenu.flags, 6u) << "TPM_CENTERALIGN | TPM_RIGHTBUTTON";
+    EXPECT_EQ(g_trackedMenu.at.x, screen.x);
+    EXPECT_EQ(g_trackedMenu.at.y, screen.y);
+    EXPECT_NE(screen.x, 150) << "the gallery does not stand at the screen's corner";
+    EXPECT_EQ(g_trackedMenu.owner, f.gallery.Handle());
+    EXPECT_EQ(g_trackedMenu.selectedDuringMenu, 4);
+    EXPECT_EQ(f.gallery.selectedIndex, -1);
+}
+
 TEST(GalleryRightButton, AMenuWithItemsRunsModallyAndReturns) {
     Fixture<BrowserGallery> f(500, 400, kLargeCell, TRUE);
     f.gallery.Fill(6);

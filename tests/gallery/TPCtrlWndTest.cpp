@@ -3,6 +3,8 @@
 #include <commctrl.h>
 #include <gtest/gtest.h>
 
+#include <string>
+
 #include "GalleryTestResources.h"
 #include "framework/win32/Application.h"
 
@@ -25,6 +27,7 @@ struct Command {
     UINT id;
     int code;
     Window* notifying;
+    LPARAM lParam;  // of a WM_COMMAND; 0 for a direct call
 };
 
 // A window that records the commands it receives through its command route.
@@ -39,10 +42,21 @@ public:
     std::function<void()> onCommand;
 
     bool OnCmdMsg(UINT id, int code, void*, void*) override {
-        commands.push_back({id, code, gallery::GetNotifyingControl()});
+        commands.push_back({id, code, gallery::GetNotifyingControl(), commandLParam_});
         if (onCommand) onCommand();
         return true;
     }
+
+protected:
+    BOOL OnCommand(WPARAM wParam, LPARAM lParam) override {
+        commandLParam_ = lParam;
+        const BOOL handled = Window::OnCommand(wParam, lParam);
+        commandLParam_ = 0;
+        return handled;
+    }
+
+private:
+    LPARAM commandLParam_ = 0;
 };
 
 class Control : public CTPCtrlWnd {
@@ -145,17 +159,38 @@ TEST(CTPCtrlWnd, PostedNotificationArrivesLaterAsACommand) {
     EXPECT_EQ(owner.commands[0].id, 1000u);
     EXPECT_EQ(owner.commands[0].code, 5);
     EXPECT_EQ(owner.commands[0].notifying, nullptr) << "the bracket does not cover a posted command";
+    EXPECT_EQ(owner.commands[0].lParam, reinterpret_cast<LPARAM>(control.Handle()))
+        << "the command names the control's window";
 }
 
-TEST(CTPCtrlWnd, ReturnFocusOfKindThreeDoesNothing) {
-    Owner owner;
-    Control control(3);
-    ASSERT_TRUE(control.Create(owner.Handle(), 1000));
-    ::SetFocus(control.Handle());
-    const HWND before = ::GetFocus();
-    control.ReturnFocus();
-    EXPECT_EQ(::GetFocus(), before);
-    EXPECT_EQ(control.FindActiveView(), nullptr);
+// Which window each kind tells when it is given no target: the main window
+// for kinds 0, 1, 2 and 4, the parent for kinds 3 and 5; directly or posted.
+TEST(CTPCtrlWnd, EachKindNotifiesItsDefaultTarget) {
+    struct Expected {
+        int kind;
+        bool parent;
+    };
+    const Expected table[] = {{0, false}, {1, false}, {2, false}, {3, true}, {4, false}, {5, true}};
+    for (const Expected& expected : table) {
+        SCOPED_TRACE("kind " + std::to_string(expected.kind));
+        Owner main;
+        Owner parent;
+        Control control(expected.kind);
+        ASSERT_TRUE(control.Create(parent.Handle(), 1000));
+        framework::win32::SetMainWindow(&main);
+        control.NotifyOwner(nullptr, 1000, 3);
+        control.PostNotifyOwner(nullptr, 1000, 4);
+        framework::win32::PumpWaitingMessages();
+        framework::win32::SetMainWindow(nullptr);
+        Owner& told = expected.parent ? parent : main;
+        Owner& untold = expected.parent ? main : parent;
+        EXPECT_TRUE(untold.commands.empty());
+        ASSERT_EQ(told.commands.size(), 2u);
+        EXPECT_EQ(told.commands[0].code, 3);
+        EXPECT_EQ(told.commands[0].notifying, &control);
+        EXPECT_EQ(told.commands[1].code, 4);
+        EXPECT_EQ(told.commands[1].lParam, reinterpret_cast<LPARAM>(control.Handle()));
+    }
 }
 
 namespace {
@@ -165,6 +200,29 @@ public:
     Window* GetActiveView() const override { return view; }
 };
 }  // namespace
+
+// Kinds 0 and 3 give no focus back, even where a frame with an active view
+// stands where the lookup of kind 3 finds one.
+TEST(CTPCtrlWnd, ReturnFocusOfKindsZeroAndThreeDoesNothing) {
+    for (const int kind : {0, 3}) {
+        SCOPED_TRACE("kind " + std::to_string(kind));
+        Frame frame;
+        Owner view(frame.Handle());
+        frame.view = &view;
+        // Kind 3 looks for the frame as the owner of the control's parent's
+        // parent, or failing that that window's parent.
+        Owner middle(frame.Handle());
+        Owner holder(middle.Handle());
+        Control control(kind);
+        ASSERT_TRUE(control.Create(holder.Handle(), 1000));
+        EXPECT_EQ(control.FindActiveView(), kind == 3 ? &view : nullptr)
+            << "kind 3 finds the view above its parent's parent";
+        ::SetFocus(control.Handle());
+        ASSERT_EQ(::GetFocus(), control.Handle());
+        control.ReturnFocus();
+        EXPECT_EQ(::GetFocus(), control.Handle());
+    }
+}
 
 TEST(CTPCtrlWnd, KindOneGivesTheFocusToTheFramesActiveView) {
     Frame frame;

@@ -1,0 +1,105 @@
+// Texts from the host through the real browser: a BSTR of 200,000
+// characters and one that holds a NUL go through conversion, navigation, the
+// tree walk and the events of a control with its real dialog, over the
+// browser tests' art layout.
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "ArtLayout.h"
+#include "ControlTestEnvironment.h"
+#include "control/LumbrelIds.h"
+#include "framework/ole/Strings.h"
+
+namespace controltest {
+namespace {
+
+using browsertest::ScopedPrimaryFolder;
+using framework::ole::Bstr;
+
+class RealBrowserArgumentsTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        control = new CLumbrelCtrl();
+        site = new TestSite();
+        ASSERT_EQ(S_OK, Embed(Unknown(), site));
+        ASSERT_NE(nullptr, control->BrowserWindow());
+        sink = new EventRecorder(&events, "sink");
+        cookie = AdviseEvents(Unknown(), sink);
+        ASSERT_NE(0u, cookie);
+        ASSERT_EQ(S_OK, Unknown()->QueryInterface(IID_IDispatch, dispatch.PutVoid()));
+    }
+    void TearDown() override {
+        dispatch.Reset();
+        UnadviseEvents(Unknown(), cookie);
+        sink->Release();
+        Unembed(Unknown());
+        control->Release();
+        site->Release();
+        EXPECT_EQ(0, framework::ole::ObjectCount()) << "an object of the control outlived its test";
+    }
+    IUnknown* Unknown() const { return static_cast<IOleObject*>(control); }
+
+    HRESULT SetItemPath(const Bstr& path, LONG position) {
+        VARIANT arguments[2];
+        arguments[1].vt = VT_BSTR;
+        arguments[1].bstrVal = path.Get();
+        arguments[0].vt = VT_I4;
+        arguments[0].lVal = position;
+        DISPPARAMS call = {arguments, nullptr, 2, 0};
+        return dispatch->Invoke(control::kDispidSetItemPath, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD,
+                                &call, nullptr, nullptr, nullptr);
+    }
+    // The ItemSel records, in order, as "valid number path".
+    std::vector<std::string> Selections() const {
+        std::vector<std::string> lines;
+        for (const RecordedEvent& event : events) {
+            if (event.dispid != control::kDispidItemSel) continue;
+            lines.push_back(std::to_string(event.record.valid) + " " + std::to_string(event.record.itemNumber) +
+                            " " + std::string(event.record.path, strnlen(event.record.path, sizeof event.record.path)));
+        }
+        return lines;
+    }
+
+    browsertest::ArtLayout& layout = browsertest::SharedLayout();
+    ScopedPrimaryFolder primary{layout.Primary()};
+    CLumbrelCtrl* control = nullptr;
+    TestSite* site = nullptr;
+    EventRecorder* sink = nullptr;
+    DWORD cookie = 0;
+    ComPtr<IDispatch> dispatch;
+    std::vector<RecordedEvent> events;
+};
+
+TEST_F(RealBrowserArgumentsTest, AVeryLongPathWalksAsFarAsItsNamesGoAndTheControlGoesOn) {
+    const std::string container = layout.Path("Animals");
+    std::wstring longPath = framework::ole::AnsiToWide(container) + L"\\";
+    longPath.append(200000, L'x');
+    ASSERT_EQ(S_OK, SetItemPath(Bstr(longPath.c_str()), 2));
+    const std::vector<std::string> expected = {"0 0 ", "0 0 ", "1 1 " + container + ".QLT"};
+    EXPECT_EQ(expected, Selections()) << "the walk stops at the container; the long rest names nothing";
+    EXPECT_EQ(container.size() + 1 + 200000 + 4, control->itemPath.size())
+        << "the whole path was kept, and \".QLT\" appended when it named nothing";
+
+    events.clear();
+    ASSERT_EQ(S_OK, SetItemPath(Bstr(framework::ole::AnsiToWide(container).c_str()), 3));
+    const std::vector<std::string> after = {"0 0 ", "0 0 ", "1 1 " + container + ".QLT",
+                                            "1 3 " + container + ".QLT"};
+    EXPECT_EQ(after, Selections());
+}
+
+TEST_F(RealBrowserArgumentsTest, ANulInThePathEndsItBeforeTheBrowserSeesIt) {
+    const std::string container = layout.Path("Animals");
+    std::wstring withNul = framework::ole::AnsiToWide(container);
+    withNul.push_back(L'\0');
+    withNul.append(L"\\Owls");
+    Bstr path(withNul.data(), static_cast<UINT>(withNul.size()));
+    ASSERT_EQ(withNul.size(), path.Length());
+    ASSERT_EQ(S_OK, SetItemPath(path, 4));
+    const std::vector<std::string> expected = {"0 0 ", "0 0 ", "1 1 " + container + ".QLT",
+                                               "1 4 " + container + ".QLT"};
+    EXPECT_EQ(expected, Selections());
+}
+
+}  // namespace
+}  // namespace controltest
