@@ -35,6 +35,10 @@ public:
     // `info`: the record itself, valid for the duration of the call.
     virtual void FireItemSel(GraphicItemInfo& info) = 0;
     virtual void FireItemDBClick() = 0;
+    // A modal question to the user (the drive prompt) opens and has closed:
+    // the host keeps its own modeless windows off in between.
+    virtual void BeginModalQuestion() {}
+    virtual void EndModalQuestion() {}
 
 protected:
     ~ItemEventSink() = default;

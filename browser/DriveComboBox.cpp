@@ -34,7 +34,29 @@ std::string WithoutTrailingBackslash(const std::string& root) {
     return root;
 }
 
+// The host's side of a modal question: told when it opens and when it has
+// closed, however the question ends.
+class ModalQuestion {
+public:
+    explicit ModalQuestion(ItemEventSink* host) : host_(host) {
+        if (host_ != nullptr) host_->BeginModalQuestion();
+    }
+    ~ModalQuestion() {
+        if (host_ != nullptr) host_->EndModalQuestion();
+    }
+    ModalQuestion(const ModalQuestion&) = delete;
+    ModalQuestion& operator=(const ModalQuestion&) = delete;
+
+private:
+    ItemEventSink* host_;
+};
+
 }  // namespace
+
+int CGraphicDlg::PromptDriveNotReady(const std::string& path) {
+    const ModalQuestion modal(events_);
+    return AskDriveNotReady(DriveNotReadyText(path), kDriveNotReadyStyle);
+}
 
 int ImageForDriveType(UINT driveType) {
     switch (driveType) {
@@ -258,7 +280,7 @@ void CDriveComboBox::OnSelChange() {
         const UINT type = ::GetDriveTypeA(path.c_str());
         if ((type == DRIVE_CDROM || type == DRIVE_REMOVABLE) && _access(path.c_str(), 0) != 0 && !found) {
             while (!found) {
-                if (AskDriveNotReady(DriveNotReadyText(path), kDriveNotReadyStyle) != IDRETRY) THROW_LINE();
+                if (dialog->PromptDriveNotReady(path) != IDRETRY) THROW_LINE();
                 found = searchFinds();
             }
         }

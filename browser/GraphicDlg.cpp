@@ -168,6 +168,14 @@ bool CGraphicDlg::OnCmdMsg(UINT id, int code, void* extra, void* handlerInfo) {
 
 bool CGraphicDlg::OnMessage(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* result) {
     if (message == kPreviewReadyMessage) {
+        // Another thread's or process's message (InSendMessage), or one that
+        // comes while no preview is under way, carries a pointer of nobody
+        // knows what: it is answered 0 and not read.
+        if (!previewExpected_ || ::InSendMessage()) {
+            *result = 0;
+            return true;
+        }
+        previewExpected_ = false;
         *result = OnPreviewReady(wParam, lParam);
         return true;
     }

@@ -179,6 +179,11 @@ public:
     void ExpandTreeItem(HTREEITEM item);
     void OnTreeItemExpanding(NMHDR* notification, LRESULT* result);
 
+    // The drive prompt (DrivePrompt.h) for `path`, in DriveComboBox.cpp:
+    // the host hears that a modal question is open for its length. Returns
+    // the button chosen.
+    int PromptDriveNotReady(const std::string& path);
+
     // ---- The gallery (GalleryPopulation.cpp) ------------------------------
     // This browser's thumbnail library, made at its first use: the items its
     // gallery shows. Both fill routes empty it first, and teardown empties it
@@ -188,7 +193,9 @@ public:
     // `path` (its full path with extension). Selects nothing, tells nothing.
     void ShowContainer(const std::string& path);
     // User message 0x405: one picture, sized for its cell. Answers 1 when
-    // the picture's pixels now belong to the thumbnail library.
+    // the picture's pixels now belong to the thumbnail library. The message
+    // reaches it only while RenderPicture hands a preview over (see
+    // OnMessage).
     LRESULT OnPreviewReady(WPARAM wParam, LPARAM lParam);
 
     // ---- Navigation (Navigation.cpp) --------------------------------------
@@ -281,6 +288,11 @@ private:
     ItemEventSink* events_ = nullptr;
     std::unique_ptr<thumbnails::CThumbnailLibrary> thumbnailLibrary_;
     LifetimeAnchor* lifetime_ = nullptr;
+    // Set while RenderPicture hands a preview over. Any process may send the
+    // dialog user message 0x405, whose lParam is a pointer: it is read only
+    // while this is set, only when sent from the dialog's own thread, and
+    // only once.
+    bool previewExpected_ = false;
     foundation::CResString myComputerString_{IDS_MY_COMPUTER};
     foundation::CResString desktopString_{IDS_DESKTOP};
     foundation::CResString productEntryString_{IDS_PRODUCT_ENTRY};

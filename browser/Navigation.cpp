@@ -126,7 +126,11 @@ bool CGraphicDlg::ReadPictureRequest(const std::string& path, PreviewRequest& re
 
 void CGraphicDlg::RenderPicture(const std::string&, PreviewRequest& request) {
     request.targetWindow = hwnd_;
+    // RenderPreview catches everything and pumps no messages: only its own
+    // send can meet the flag set.
+    previewExpected_ = true;
     RenderPreview(request);
+    previewExpected_ = false;
 }
 
 // ---- Tree selection ------------------------------------------------------------------

@@ -17,6 +17,7 @@
 #include "framework/ole/OleControl.h"
 #include "framework/ole/Registration.h"
 #include "framework/ole/Strings.h"
+#include "framework/win32/Window.h"
 
 namespace control {
 
@@ -67,7 +68,10 @@ void StartModule() {
 }
 
 void StopModule() {
+    // The system keeps a module's window classes after it is unloaded, their
+    // procedures pointing where its code was.
     framework::ole::UnregisterControlWindowClass();
+    framework::win32::Window::UnregisterWindowClasses();
     // The shared brushes, pens, fonts and palette live in this module's
     // tables: a module that is unloaded while the process goes on must give
     // them back, or each load and unload would leak them.

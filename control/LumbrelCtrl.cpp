@@ -228,6 +228,7 @@ void CLumbrelCtrl::RedrawBitmaps() {
 void CLumbrelCtrl::AboutBox() {
     framework::win32::Dialog about(IDD_ABOUTBOX_LUMBREL);
     const HWND window = ControlHandle();
+    const ModalScope modal(*this);
     about.DoModal(window != nullptr ? window : ::GetActiveWindow());
 }
 
@@ -250,6 +251,14 @@ void CLumbrelCtrl::Hold() {
 
 void CLumbrelCtrl::Unhold() {
     static_cast<IOleObject*>(this)->Release();
+}
+
+void CLumbrelCtrl::BeginModalQuestion() {
+    BeginModal();
+}
+
+void CLumbrelCtrl::EndModalQuestion() {
+    EndModal();
 }
 
 // ---- Window -------------------------------------------------------------------------------

@@ -69,6 +69,10 @@ protected:
     // them through the sink that the constructor attaches.
     void FireItemSel(browser::GraphicItemInfo& info) override;
     void FireItemDBClick() override;
+    // The drive prompt: the container's frame keeps its modeless windows
+    // off while it is open.
+    void BeginModalQuestion() override;
+    void EndModalQuestion() override;
 
     // browser::LifetimeAnchor: a reference of the control's own, so that a
     // host's last release inside an event ends the control only when the

@@ -316,6 +316,9 @@ void ReleaseStdObjects() {
         entry.color = 0;
     }
     tables.colorEntryCount = 0;
+    // The class is the module's: a module loaded again registers its own.
+    if (tables.toolBarClassRegistered) ::UnregisterClassA(kToolBarClassName, CodeModule());
+    tables.toolBarClassRegistered = false;
     tables.released = true;
 }
 

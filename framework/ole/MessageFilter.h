@@ -6,8 +6,10 @@
 //
 // A WH_GETMESSAGE hook sees each message as GetMessage or PeekMessage with
 // PM_REMOVE takes it from the queue; a message that the control handles is
-// turned into WM_NULL, so the host's dispatch does nothing with it. The hook
-// exists only while a registered window does.
+// turned into WM_NULL, so the host's dispatch does nothing with it. A
+// WH_CALLWNDPROC hook watches the focus: when WM_SETFOCUS or WM_KILLFOCUS
+// shows it crossing the edge of a registered window's tree, that window
+// hears of it. The hooks exist only while a registered window does.
 #pragma once
 
 #include <windows.h>
@@ -20,6 +22,9 @@ public:
     virtual HWND FilterRoot() const = 0;
     // True when the message has been handled and must not be dispatched.
     virtual bool FilterMessage(MSG* msg) = 0;
+    // The focus is moving into or out of the root's tree. Called from inside
+    // the focus change, so it should only take note (post itself a message).
+    virtual void OnFilteredFocusChange() {}
 
 protected:
     ~FilteredWindow() = default;

@@ -9,6 +9,7 @@
 
 #include "framework/ole/Barrier.h"
 #include "framework/ole/Strings.h"
+#include "framework/win32/GdiHandles.h"
 
 namespace framework::ole {
 
@@ -17,6 +18,24 @@ using framework::win32::ComPtr;
 namespace {
 
 constexpr wchar_t kVersionProperty[] = L"_Version";
+constexpr wchar_t kExtentXProperty[] = L"_ExtentX";
+constexpr wchar_t kExtentYProperty[] = L"_ExtentY";
+// What the stream holds: the version, then the extent's width and height.
+constexpr ULONG kStateBytes = 3 * sizeof(DWORD);
+// HIMETRIC of the largest window the system makes (32767 pixels at 96 dpi
+// is 866,957): anything above that is no control's extent.
+constexpr LONG kLargestExtent = 1000000;
+
+bool IsPlausibleExtent(LONG cx, LONG cy) {
+    return cx >= 0 && cy >= 0 && cx <= kLargestExtent && cy <= kLargestExtent;
+}
+
+// The registered message in which the control's window hears that the focus
+// has crossed the edge of its windows.
+UINT FocusChangedMessage() {
+    static const UINT message = ::RegisterWindowMessageA("Lumbrel.OleControl.FocusChanged");
+    return message;
+}
 constexpr int kHimetricPerInch = 2540;
 
 std::wstring ModuleFileName(HMODULE module) {
@@ -366,6 +385,7 @@ HRESULT OleControl::InPlaceActivate(bool uiActivate) {
                              position.bottom - position.top, TRUE);
                 ::ShowWindow(hwnd_, SW_SHOW);
             }
+            if (made) ApplyClip(position, &clip);
         }
         if (!made) {
             inPlaceActive_ = false;
@@ -407,6 +427,13 @@ HRESULT OleControl::InPlaceDeactivate() {
         if (!inPlaceActive_) return S_OK;
         UIDeactivate();
         inPlaceActive_ = false;
+        // The focus goes with the window; the site hears of it now, since
+        // a report queued to the window would die with it.
+        if (focusReported_) {
+            focusReported_ = false;
+            ComPtr<IOleControlSite> controlSite;
+            if (clientSite_ && SUCCEEDED(clientSite_.As(&controlSite))) controlSite->OnFocus(FALSE);
+        }
         if (hwnd_ != nullptr) ::DestroyWindow(hwnd_);
         frame_.Reset();
         uiWindow_.Reset();
@@ -427,15 +454,37 @@ HRESULT OleControl::UIDeactivate() {
     });
 }
 
-HRESULT OleControl::SetObjectRects(LPCRECT position, LPCRECT) {
+HRESULT OleControl::SetObjectRects(LPCRECT position, LPCRECT clip) {
     return ComBarrier([&] {
         if (position == nullptr) return E_INVALIDARG;
         position_ = *position;
-        if (hwnd_ != nullptr)
+        if (hwnd_ != nullptr) {
             ::MoveWindow(hwnd_, position->left, position->top, position->right - position->left,
                          position->bottom - position->top, TRUE);
+            ApplyClip(*position, clip);
+        }
         return S_OK;
     });
+}
+
+void OleControl::ApplyClip(const RECT& position, const RECT* clip) {
+    if (hwnd_ == nullptr) return;
+    RECT visible = {};
+    const bool overlaps = clip != nullptr && ::IntersectRect(&visible, &position, clip) != FALSE;
+    // A clip that leaves the whole window visible needs no region; a window
+    // of no size has nothing to clip.
+    if (clip == nullptr || ::IsRectEmpty(&position) || (overlaps && ::EqualRect(&visible, &position))) {
+        ::SetWindowRgn(hwnd_, nullptr, TRUE);
+        return;
+    }
+    if (overlaps)
+        ::OffsetRect(&visible, -position.left, -position.top);
+    else
+        visible = RECT{0, 0, 0, 0};
+    framework::win32::UniqueGdiObject region(::CreateRectRgnIndirect(&visible));
+    if (!region) return;
+    // The system owns the region once the window has it.
+    if (::SetWindowRgn(hwnd_, static_cast<HRGN>(region.Get()), TRUE) != 0) region.Release();
 }
 
 HRESULT OleControl::ReactivateAndUndo() {
@@ -590,13 +639,19 @@ HRESULT OleControl::IsDirty() {
 HRESULT OleControl::Load(LPSTREAM stream) {
     return ComBarrier([&] {
         if (stream == nullptr) return E_POINTER;
-        DWORD version = 0;
+        DWORD state[3] = {};
         ULONG read = 0;
-        const HRESULT hr = stream->Read(&version, sizeof version, &read);
+        const HRESULT hr = stream->Read(state, kStateBytes, &read);
         if (FAILED(hr)) return hr;
-        if (read != sizeof version) return E_FAIL;
-        // Every version so far holds nothing but the version itself.
+        if (read < sizeof(DWORD)) return E_FAIL;
         OnResetState();
+        // A stream of the version alone was written before the extent was
+        // kept; one whose extent no control can have keeps the extent too.
+        if (read == kStateBytes) {
+            const auto cx = static_cast<LONG>(state[1]);
+            const auto cy = static_cast<LONG>(state[2]);
+            if (IsPlausibleExtent(cx, cy)) extent_ = SIZEL{cx, cy};
+        }
         modified_ = false;
         return S_OK;
     });
@@ -605,11 +660,12 @@ HRESULT OleControl::Load(LPSTREAM stream) {
 HRESULT OleControl::Save(LPSTREAM stream, BOOL clearDirty) {
     return ComBarrier([&] {
         if (stream == nullptr) return E_POINTER;
-        const DWORD version = MAKELONG(class_.stateVersionMinor, class_.stateVersionMajor);
+        const DWORD state[3] = {MAKELONG(class_.stateVersionMinor, class_.stateVersionMajor),
+                                static_cast<DWORD>(extent_.cx), static_cast<DWORD>(extent_.cy)};
         ULONG written = 0;
-        const HRESULT hr = stream->Write(&version, sizeof version, &written);
+        const HRESULT hr = stream->Write(state, kStateBytes, &written);
         if (FAILED(hr)) return hr;
-        if (written != sizeof version) return STG_E_WRITEFAULT;
+        if (written != kStateBytes) return STG_E_WRITEFAULT;
         if (clearDirty) modified_ = false;
         return S_OK;
     });
@@ -618,7 +674,7 @@ HRESULT OleControl::Save(LPSTREAM stream, BOOL clearDirty) {
 HRESULT OleControl::GetSizeMax(ULARGE_INTEGER* size) {
     return ComBarrier([&]() -> HRESULT {
         if (size == nullptr) return E_POINTER;
-        size->QuadPart = sizeof(DWORD);
+        size->QuadPart = kStateBytes;
         return S_OK;
     });
 }
@@ -632,6 +688,19 @@ HRESULT OleControl::Load(IPropertyBag* bag, IErrorLog* log) {
         // state: the defaults stand.
         bag->Read(kVersionProperty, version.Get(), log);
         OnResetState();
+        // Bags hold text as often as numbers: each value is asked for as a
+        // 32-bit integer, and one that is missing or cannot be one leaves
+        // the extent as it is.
+        Variant cx;
+        Variant cy;
+        cx.Get()->vt = VT_I4;
+        cy.Get()->vt = VT_I4;
+        if (SUCCEEDED(bag->Read(kExtentXProperty, cx.Get(), log)) &&
+            SUCCEEDED(bag->Read(kExtentYProperty, cy.Get(), log)) &&
+            SUCCEEDED(::VariantChangeType(cx.Get(), cx.Get(), 0, VT_I4)) &&
+            SUCCEEDED(::VariantChangeType(cy.Get(), cy.Get(), 0, VT_I4)) &&
+            IsPlausibleExtent(cx.Get()->lVal, cy.Get()->lVal))
+            extent_ = SIZEL{cx.Get()->lVal, cy.Get()->lVal};
         modified_ = false;
         return S_OK;
     });
@@ -643,7 +712,17 @@ HRESULT OleControl::Save(IPropertyBag* bag, BOOL clearDirty, BOOL) {
         Variant version;
         version.Get()->vt = VT_I4;
         version.Get()->lVal = static_cast<LONG>(MAKELONG(class_.stateVersionMinor, class_.stateVersionMajor));
-        const HRESULT hr = bag->Write(kVersionProperty, version.Get());
+        HRESULT hr = bag->Write(kVersionProperty, version.Get());
+        if (FAILED(hr)) return hr;
+        Variant cx;
+        cx.Get()->vt = VT_I4;
+        cx.Get()->lVal = extent_.cx;
+        hr = bag->Write(kExtentXProperty, cx.Get());
+        if (FAILED(hr)) return hr;
+        Variant cy;
+        cy.Get()->vt = VT_I4;
+        cy.Get()->lVal = extent_.cy;
+        hr = bag->Write(kExtentYProperty, cy.Get());
         if (FAILED(hr)) return hr;
         if (clearDirty) modified_ = false;
         return S_OK;
@@ -821,6 +900,20 @@ void OleControl::FireEvent(DISPID id, VARIANT* arguments, UINT count) {
     events_.Fire(id, &params);
 }
 
+void OleControl::BeginModal() {
+    if (modalDepth_++ > 0) return;
+    // The frame of now is the one told again at the end, even if the control
+    // is deactivated while the window is open.
+    modalFrame_ = ShareComPtr(frame_.Get());
+    if (modalFrame_) modalFrame_->EnableModeless(FALSE);
+}
+
+void OleControl::EndModal() {
+    if (modalDepth_ == 0 || --modalDepth_ > 0) return;
+    const ComPtr<IOleInPlaceFrame> frame = std::move(modalFrame_);
+    if (frame) frame->EnableModeless(TRUE);
+}
+
 void OleControl::OnDraw(HDC, const RECT&, const RECT&) {}
 
 void OleControl::OnResetState() {}
@@ -845,6 +938,10 @@ int OleControl::OnCreate(CREATESTRUCTA* create) {
 
 void OleControl::OnDestroy() {
     RemoveFromMessageFilter(this);
+    // A report still queued dies with the window; the next window starts
+    // with the focus outside.
+    focusReportPending_ = false;
+    focusReported_ = false;
     Window::OnDestroy();
 }
 
@@ -864,7 +961,46 @@ bool OleControl::OnMessage(UINT message, WPARAM wParam, LPARAM lParam, LRESULT* 
         *result = 0;
         return true;
     }
+    if (message == WM_MOUSEACTIVATE) {
+        *result = OnMouseActivate(wParam, lParam);
+        return true;
+    }
+    if (message == FocusChangedMessage()) {
+        focusReportPending_ = false;
+        ReportFocus();
+        *result = 0;
+        return true;
+    }
     return Window::OnMessage(message, wParam, lParam, result);
+}
+
+LRESULT OleControl::OnMouseActivate(WPARAM wParam, LPARAM lParam) {
+    // The host hears of the click first, as from any child window.
+    const LRESULT answer = ::DefWindowProcA(hwnd_, WM_MOUSEACTIVATE, wParam, lParam);
+    if (answer == MA_NOACTIVATE || answer == MA_NOACTIVATEANDEAT) return answer;
+    if (inPlaceActive_ && !uiActive_) {
+        ComPtr<IOleObject> keepAlive = ShareComPtr(static_cast<IOleObject*>(this));
+        ActivateUI();
+    }
+    return answer;
+}
+
+void OleControl::OnFilteredFocusChange() {
+    if (focusReportPending_ || hwnd_ == nullptr) return;
+    // The focus is still moving; the report waits until it has arrived.
+    if (::PostMessageA(hwnd_, FocusChangedMessage(), 0, 0)) focusReportPending_ = true;
+}
+
+void OleControl::ReportFocus() {
+    if (hwnd_ == nullptr) return;
+    const HWND focus = ::GetFocus();
+    const bool inside = focus != nullptr && (focus == hwnd_ || ::IsChild(hwnd_, focus));
+    if (inside == focusReported_) return;
+    ComPtr<IOleObject> keepAlive = ShareComPtr(static_cast<IOleObject*>(this));
+    focusReported_ = inside;
+    if (inside && inPlaceActive_ && !uiActive_) ActivateUI();
+    ComPtr<IOleControlSite> controlSite;
+    if (clientSite_ && SUCCEEDED(clientSite_.As(&controlSite))) controlSite->OnFocus(inside ? TRUE : FALSE);
 }
 
 bool OleControl::FilterMessage(MSG* msg) {

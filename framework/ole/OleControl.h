@@ -14,12 +14,23 @@
 // own windows before any host's dispatch; TranslateAccelerator offers what
 // the filter has not already seen.
 //
+// Activation, as a windowed control owes its container: a click into any of
+// its windows (WM_MOUSEACTIVATE) UI-activates it, and so does the focus
+// arriving in any of them; IOleControlSite::OnFocus tells the site when the
+// focus comes into the control's windows (TRUE) and when it leaves (FALSE).
+// The clip rectangle of InPlaceActivate and SetObjectRects becomes a window
+// region (none when the clip covers the whole control). Modal windows of the
+// control run inside a ModalScope, which turns the frame's modeless windows
+// off (IOleInPlaceFrame::EnableModeless) for their length.
+//
 // Every COM method is an exception barrier: nothing thrown inside leaves it;
 // the caller gets E_UNEXPECTED (E_OUTOFMEMORY for std::bad_alloc).
 //
 // Persistence: the stream and the property bag carry the version of the
-// control's state only ("_Version", major in the high word), which is all
-// that the control's properties exchange.
+// control's state ("_Version", major in the high word) and then the
+// control's extent in HIMETRIC ("_ExtentX", "_ExtentY"; in the stream two
+// 32-bit values after the version). Data written before the extent was
+// kept, or an extent that no control can have, leaves the extent as it is.
 #pragma once
 
 #include <windows.h>
@@ -201,6 +212,24 @@ public:
     static SIZEL PixelsToHimetric(int cx, int cy);
     static SIZE HimetricToPixels(const SIZEL& size);
 
+    // A modal window of the control opens and has closed: the frame's
+    // modeless windows are off in between (IOleInPlaceFrame::EnableModeless
+    // FALSE at the first of nested ones, TRUE after the last, on the same
+    // frame). Without a frame (the control is not in-place active) nothing
+    // is said; the modal window disables its owner itself.
+    void BeginModal();
+    void EndModal();
+    class ModalScope {
+    public:
+        explicit ModalScope(OleControl& control) : control_(control) { control_.BeginModal(); }
+        ~ModalScope() { control_.EndModal(); }
+        ModalScope(const ModalScope&) = delete;
+        ModalScope& operator=(const ModalScope&) = delete;
+
+    private:
+        OleControl& control_;
+    };
+
 protected:
     // The dispatch table of the primary dispinterface.
     virtual const DispatchMember* DispatchMembers(size_t* count) const = 0;
@@ -229,6 +258,16 @@ protected:
 private:
     HRESULT InPlaceActivate(bool uiActivate);
     HRESULT ActivateUI();
+    // The part of the window inside `clip` (null: all of it) as its region.
+    void ApplyClip(const RECT& position, const RECT* clip);
+    // WM_MOUSEACTIVATE: the host's answer, after UI activation.
+    LRESULT OnMouseActivate(WPARAM wParam, LPARAM lParam);
+    // The message filter saw the focus cross the edge of the control's
+    // windows; the site hears of it once the change is complete.
+    void OnFilteredFocusChange() override;
+    // Tells the site whether the focus is in the control's windows now, if
+    // that differs from what it was told last; focus arriving UI-activates.
+    void ReportFocus();
     HRESULT LoadTypeInfo(ITypeInfo** info, const GUID& guid);
     void SendViewChange();
 
@@ -238,6 +277,12 @@ private:
     bool inPlaceActive_ = false;
     bool uiActive_ = false;
     bool modified_ = false;
+    // What IOleControlSite::OnFocus said last, and whether a report of a
+    // change is waiting in the window's queue.
+    bool focusReported_ = false;
+    bool focusReportPending_ = false;
+    int modalDepth_ = 0;
+    framework::win32::ComPtr<IOleInPlaceFrame> modalFrame_;
     long freezeCount_ = 0;
     SIZEL extent_ = {0, 0};
     RECT position_ = {0, 0, 0, 0};

@@ -1,7 +1,10 @@
 #include "framework/win32/Window.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <mutex>
 #include <string>
+#include <vector>
 
 #include "framework/win32/Application.h"
 
@@ -92,13 +95,51 @@ Window* Window::FromHandle(HWND hwnd) {
     return Lookup(hwnd);
 }
 
+namespace {
+
+// The names RegisterWindowClass has given out in this module. A class of
+// the module is process-wide, whichever thread registers it.
+struct RegisteredClasses {
+    std::mutex lock;
+    std::vector<std::string> names;
+};
+
+RegisteredClasses& ClassesOfModule() {
+    // Never destroyed: the module's last act may be to unregister them.
+    static RegisteredClasses* const classes = new RegisteredClasses;
+    return *classes;
+}
+
+void Remember(const char* name) {
+    RegisteredClasses& classes = ClassesOfModule();
+    const std::lock_guard<std::mutex> guard(classes.lock);
+    if (std::find(classes.names.begin(), classes.names.end(), name) == classes.names.end())
+        classes.names.emplace_back(name);
+}
+
+}  // namespace
+
+void Window::UnregisterWindowClasses() {
+    RegisteredClasses& classes = ClassesOfModule();
+    std::vector<std::string> names;
+    {
+        const std::lock_guard<std::mutex> guard(classes.lock);
+        names.swap(classes.names);
+    }
+    const HINSTANCE module = CodeModule();
+    for (const std::string& name : names) ::UnregisterClassA(name.c_str(), module);
+}
+
 std::string Window::RegisterWindowClass(UINT classStyle, HCURSOR cursor, HBRUSH background, HICON icon) {
     char name[96];
     std::snprintf(name, sizeof name, "Lumbrel:%x:%p:%p:%p", classStyle, static_cast<void*>(cursor),
                   static_cast<void*>(background), static_cast<void*>(icon));
     const HINSTANCE module = CodeModule();
     WNDCLASSA existing = {};
-    if (::GetClassInfoA(module, name, &existing)) return name;
+    if (::GetClassInfoA(module, name, &existing)) {
+        Remember(name);
+        return name;
+    }
     WNDCLASSA windowClass = {};
     windowClass.style = classStyle;
     windowClass.lpfnWndProc = &WindowProcThunk;
@@ -108,11 +149,12 @@ std::string Window::RegisterWindowClass(UINT classStyle, HCURSOR cursor, HBRUSH 
     windowClass.hbrBackground = background;
     windowClass.hIcon = icon;
     windowClass.lpszClassName = name;
-    // A thread of another user-interface thread's control may register the
-    // same class between the question and the registration: the class is
-    // then there, which is all the caller wants.
+    // Another user-interface thread's control may register the same class
+    // between the question and the registration: the class is then there,
+    // which is all the caller wants.
     if (::RegisterClassA(&windowClass) == 0 && ::GetLastError() != ERROR_CLASS_ALREADY_EXISTS)
         return std::string();
+    Remember(name);
     return name;
 }
 

@@ -60,6 +60,11 @@ public:
     // framework's generated class names.
     static std::string RegisterWindowClass(UINT classStyle, HCURSOR cursor = nullptr,
                                            HBRUSH background = nullptr, HICON icon = nullptr);
+    // Unregisters every class that RegisterWindowClass has given out in this
+    // module. The system keeps a module's classes after the module is
+    // unloaded, with procedures that point where its code was: a module
+    // calls this as it unloads, so that a later load makes its own.
+    static void UnregisterWindowClasses();
 
     bool CreateEx(DWORD exStyle, const std::string& className, const char* text, DWORD style,
                   const RECT& rect, HWND parent, UINT id);

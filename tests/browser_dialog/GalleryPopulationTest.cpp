@@ -252,10 +252,13 @@ TEST_F(GalleryPopulationTest, EachFillEmptiesTheLibraryAndTheGalleryFirst) {
     EXPECT_EQ(2, harness.Gallery().GetItemCount());
 }
 
-TEST_F(GalleryPopulationTest, APreviewMessageWithoutARecordClearsTheGalleryAndTellsNothing) {
+// The handler of user message 0x405 itself: the message reaches it only
+// with the dialog's own preview (ControlHostDutiesTest), so the record that
+// a test makes is handed to it directly.
+TEST_F(GalleryPopulationTest, APreviewWithoutARecordClearsTheGalleryAndTellsNothing) {
     harness.Select(harness.At({"Animals"}));
     harness.sink.Clear();
-    const LRESULT taken = ::SendMessageA(harness.Dialog().Handle(), browser::kPreviewReadyMessage, 0, 0);
+    const LRESULT taken = harness.Dialog().OnPreviewReady(0, 0);
     EXPECT_EQ(0, taken);
     EXPECT_EQ(0, harness.Gallery().GetItemCount());
     EXPECT_EQ(0, Library().GetItemCount());
@@ -272,8 +275,7 @@ TEST_F(GalleryPopulationTest, APreviewRecordsPixelsBelongToTheLibraryOnceTaken) 
     ASSERT_EQ(imaging::kSuccess,
               imaging::CreateBitmap(&record.bitmap, imaging::kMemoryConventional, 300, 200, 24,
                                     imaging::kColorOrderBgr, nullptr, imaging::kViewTopLeft, nullptr, 0));
-    const LRESULT taken = ::SendMessageA(harness.Dialog().Handle(), browser::kPreviewReadyMessage, 0,
-                                         reinterpret_cast<LPARAM>(&record));
+    const LRESULT taken = harness.Dialog().OnPreviewReady(0, reinterpret_cast<LPARAM>(&record));
     EXPECT_EQ(browser::kPreviewTaken, taken);
     ASSERT_EQ(1, harness.Gallery().GetItemCount());
     // 300 x 200: 135 wide and (200 - 30) * 135 / 300 high.

@@ -5,6 +5,10 @@
 #include <ocidl.h>
 #include <ole2.h>
 
+#include <cstdint>
+#include <string>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 #include "ModuleTestSupport.h"
@@ -155,6 +159,83 @@ TEST_F(ModuleTest, HoldsEveryStringItsCodeAsksFor) {
         char text[512] = {};
         EXPECT_EQ(0, ::LoadStringA(ocx.module, absent, text, sizeof text)) << "string " << absent;
     }
+}
+
+// A host that frees the module (as CoFreeUnusedLibraries does once
+// DllCanUnloadNow says yes) and loads it again. The system keeps a module's
+// window classes after it is unloaded; the module must take back its own.
+struct ActivatedControl {
+    std::vector<std::string> classNames;  // control, dialog's gallery
+    bool made = false;
+};
+
+ActivatedControl MakeActivateAndRelease(HMODULE module) {
+    ActivatedControl result;
+    HRESULT(STDAPICALLTYPE * getClassObject)(REFCLSID, REFIID, LPVOID*) = nullptr;
+    getClassObject = reinterpret_cast<decltype(getClassObject)>(
+        reinterpret_cast<void*>(::GetProcAddress(module, "DllGetClassObject")));
+    if (getClassObject == nullptr) return result;
+    ComPtr<IClassFactory> factory;
+    if (FAILED(getClassObject(CLSID_Lumbrel, IID_IClassFactory, factory.PutVoid()))) return result;
+    ComPtr<IOleObject> object;
+    if (FAILED(factory->CreateInstance(nullptr, IID_IOleObject, object.PutVoid()))) return result;
+    factory.Reset();
+    TestSite* site = new TestSite();
+    if (SUCCEEDED(Embed(object.Get(), site))) {
+        ComPtr<IOleWindow> window;
+        HWND control = nullptr;
+        if (SUCCEEDED(object->QueryInterface(IID_IOleWindow, window.PutVoid()))) window->GetWindow(&control);
+        const HWND dialog = control != nullptr ? ::GetWindow(control, GW_CHILD) : nullptr;
+        const HWND gallery = dialog != nullptr ? ::GetDlgItem(dialog, control::kGalleryId) : nullptr;
+        if (control != nullptr && gallery != nullptr) {
+            for (HWND each : {control, gallery}) {
+                char name[128] = {};
+                ::GetClassNameA(each, name, sizeof name);
+                result.classNames.emplace_back(name);
+            }
+            // The windows run on the procedures of this load of the module.
+            const auto procedure = static_cast<uintptr_t>(::GetClassLongPtrA(gallery, GCLP_WNDPROC));
+            const auto base = reinterpret_cast<uintptr_t>(module);
+            const auto* dos = reinterpret_cast<const IMAGE_DOS_HEADER*>(module);
+            const auto* nt = reinterpret_cast<const IMAGE_NT_HEADERS*>(base + dos->e_lfanew);
+            result.made = procedure >= base && procedure < base + nt->OptionalHeader.SizeOfImage;
+        }
+    }
+    Unembed(object.Get());
+    object.Reset();
+    site->Release();
+    PumpMessages();
+    return result;
+}
+
+TEST(ModuleReloadTest, AFreedModuleTakesBackItsWindowClassesAndALoadAgainMakesWorkingControls) {
+    const std::string path = OcxPath();
+    // What COM loaded for the tests before (creation by class) goes first,
+    // as a host's call gives it back.
+    ::CoFreeUnusedLibrariesEx(0, 0);
+    ASSERT_EQ(nullptr, ::GetModuleHandleA(path.c_str())) << "nothing else in the process holds the module";
+    HMODULE module = ::LoadLibraryA(path.c_str());
+    ASSERT_NE(nullptr, module) << path;
+    const ActivatedControl first = MakeActivateAndRelease(module);
+    ASSERT_TRUE(first.made);
+    ASSERT_EQ(2u, first.classNames.size());
+    for (const std::string& name : first.classNames) {
+        WNDCLASSA info = {};
+        EXPECT_TRUE(::GetClassInfoA(module, name.c_str(), &info)) << name << " is registered while loaded";
+    }
+    ASSERT_TRUE(::FreeLibrary(module));
+    ASSERT_EQ(nullptr, ::GetModuleHandleA(path.c_str())) << "the module is gone from the process";
+    for (const std::string& name : first.classNames) {
+        WNDCLASSA info = {};
+        EXPECT_FALSE(::GetClassInfoA(module, name.c_str(), &info)) << name << " outlived the module";
+    }
+
+    module = ::LoadLibraryA(path.c_str());
+    ASSERT_NE(nullptr, module);
+    const ActivatedControl second = MakeActivateAndRelease(module);
+    EXPECT_TRUE(second.made);
+    EXPECT_EQ(first.classNames.size(), second.classNames.size());
+    ::FreeLibrary(module);
 }
 
 }  // namespace

@@ -45,6 +45,8 @@ HRESULT TestSite::QueryInterface(REFIID iid, void** object) {
         *object = static_cast<IOleInPlaceSite*>(this);
     else if (iid == IID_IOleInPlaceUIWindow || iid == IID_IOleInPlaceFrame)
         *object = static_cast<IOleInPlaceFrame*>(this);
+    else if (iid == IID_IOleControlSite)
+        *object = static_cast<IOleControlSite*>(this);
     if (*object == nullptr) return E_NOINTERFACE;
     AddRef();
     return S_OK;
@@ -102,16 +104,16 @@ HRESULT TestSite::OnUIActivate() {
     return S_OK;
 }
 HRESULT TestSite::GetWindowContext(IOleInPlaceFrame** frame, IOleInPlaceUIWindow** document,
-                                   LPRECT positionRect, LPRECT clip, LPOLEINPLACEFRAMEINFO info) {
+                                   LPRECT positionRect, LPRECT clipRect, LPOLEINPLACEFRAMEINFO info) {
     calls.push_back("GetWindowContext");
-    if (frame == nullptr || document == nullptr || positionRect == nullptr || clip == nullptr ||
+    if (frame == nullptr || document == nullptr || positionRect == nullptr || clipRect == nullptr ||
         info == nullptr)
         return E_POINTER;
     *frame = static_cast<IOleInPlaceFrame*>(this);
     AddRef();
     *document = nullptr;
     *positionRect = position;
-    *clip = position;
+    *clipRect = ::IsRectEmpty(&clip) ? position : clip;
     info->fMDIApp = FALSE;
     info->hwndFrame = frame_;
     info->haccel = nullptr;
@@ -167,11 +169,36 @@ HRESULT TestSite::RemoveMenus(HMENU) {
 HRESULT TestSite::SetStatusText(LPCOLESTR) {
     return S_OK;
 }
-HRESULT TestSite::EnableModeless(BOOL) {
+HRESULT TestSite::EnableModeless(BOOL enable) {
+    modalCalls.push_back("EnableModeless(" + std::to_string(enable) + ")");
     return S_OK;
 }
 HRESULT TestSite::TranslateAccelerator(LPMSG, WORD) {
     return S_FALSE;
+}
+HRESULT TestSite::OnControlInfoChanged() {
+    return S_OK;
+}
+HRESULT TestSite::LockInPlaceActive(BOOL) {
+    return S_OK;
+}
+HRESULT TestSite::GetExtendedControl(IDispatch** control) {
+    if (control != nullptr) *control = nullptr;
+    return E_NOTIMPL;
+}
+HRESULT TestSite::TransformCoords(POINTL*, POINTF*, DWORD) {
+    return E_NOTIMPL;
+}
+HRESULT TestSite::TranslateAccelerator(MSG*, DWORD) {
+    return S_FALSE;
+}
+HRESULT TestSite::OnFocus(BOOL gotFocus) {
+    focusCalls.push_back("OnFocus(" + std::to_string(gotFocus) + ")");
+    return S_OK;
+}
+HRESULT TestSite::ShowPropertyFrame() {
+    // The control shows its own frame.
+    return E_NOTIMPL;
 }
 
 HRESULT Embed(IUnknown* object, TestSite* site, LONG verb) {

@@ -1,7 +1,7 @@
 // A minimal OLE container for the control tests, written here so that the
 // tests do not depend on any host: a frame window and a site that speaks
-// IOleClientSite, IOleInPlaceSite and IOleInPlaceFrame and records what the
-// control asks of it; and an event sink that records each event with a copy
+// IOleClientSite, IOleInPlaceSite, IOleInPlaceFrame and IOleControlSite and
+// records what the control asks of it; and an event sink that records each event with a copy
 // of the record that ItemSel points to.
 #pragma once
 
@@ -22,7 +22,10 @@ namespace controltest {
 using framework::win32::ComPtr;
 
 LUMBREL_COM_CLASS_BEGIN
-class TestSite : public IOleClientSite, public IOleInPlaceSite, public IOleInPlaceFrame {
+class TestSite : public IOleClientSite,
+                 public IOleInPlaceSite,
+                 public IOleInPlaceFrame,
+                 public IOleControlSite {
 public:
     TestSite();
     virtual ~TestSite();
@@ -65,10 +68,25 @@ public:
     HRESULT STDMETHODCALLTYPE SetStatusText(LPCOLESTR) override;
     HRESULT STDMETHODCALLTYPE EnableModeless(BOOL) override;
     HRESULT STDMETHODCALLTYPE TranslateAccelerator(LPMSG, WORD) override;
+    // IOleControlSite
+    HRESULT STDMETHODCALLTYPE OnControlInfoChanged() override;
+    HRESULT STDMETHODCALLTYPE LockInPlaceActive(BOOL) override;
+    HRESULT STDMETHODCALLTYPE GetExtendedControl(IDispatch** control) override;
+    HRESULT STDMETHODCALLTYPE TransformCoords(POINTL*, POINTF*, DWORD) override;
+    HRESULT STDMETHODCALLTYPE TranslateAccelerator(MSG*, DWORD) override;
+    HRESULT STDMETHODCALLTYPE OnFocus(BOOL gotFocus) override;
+    HRESULT STDMETHODCALLTYPE ShowPropertyFrame() override;
 
     HWND Frame() const { return frame_; }
-    // What the container gives the control as its place.
+    // What the container gives the control as its place, and the part of
+    // it that the container shows (the whole place when it is empty).
     RECT position = {10, 10, 550, 364};
+    RECT clip = {0, 0, 0, 0};
+    // IOleInPlaceFrame::EnableModeless and IOleControlSite::OnFocus, in
+    // order ("EnableModeless(0)", "OnFocus(1)"), kept apart from `calls` so
+    // that a test may add its own marks between them.
+    std::vector<std::string> modalCalls;
+    std::vector<std::string> focusCalls;
     bool refuseActivation = false;
     std::vector<std::string> calls;
     ComPtr<IOleInPlaceActiveObject> activeObject;

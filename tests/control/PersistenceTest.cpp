@@ -1,5 +1,5 @@
-// Persistence carries the version of the state and nothing else: the
-// properties are set again by the host after each start.
+// Persistence carries the version of the state and the control's extent,
+// nothing of the properties: the host sets them again after each start.
 #include <cstring>
 #include <map>
 
@@ -55,7 +55,7 @@ public:
 };
 LUMBREL_COM_CLASS_END
 
-TEST_F(PersistenceTest, TheStreamHoldsTheVersionOnly) {
+TEST_F(PersistenceTest, TheStreamHoldsTheVersionThenTheExtentAndNoProperty) {
     auto persist = As<IPersistStreamInit>(IID_IPersistStreamInit);
     ASSERT_EQ(S_OK, persist->InitNew());
     EXPECT_EQ(S_FALSE, persist->IsDirty());
@@ -64,12 +64,16 @@ TEST_F(PersistenceTest, TheStreamHoldsTheVersionOnly) {
 
     ULARGE_INTEGER size = {};
     ASSERT_EQ(S_OK, persist->GetSizeMax(&size));
-    EXPECT_EQ(4u, size.QuadPart);
+    EXPECT_EQ(12u, size.QuadPart);
 
+    SIZEL extent = {0x1234, 0x0567};
+    ASSERT_EQ(S_OK, As<IOleObject>(IID_IOleObject)->SetExtent(DVASPECT_CONTENT, &extent));
     auto stream = NewStream();
     ASSERT_EQ(S_OK, persist->Save(stream.Get(), TRUE));
-    EXPECT_EQ((std::vector<unsigned char>{0x00, 0x00, 0x01, 0x00}), Contents(stream.Get()))
-        << "major 1 in the high word, minor 0 in the low";
+    EXPECT_EQ(
+        (std::vector<unsigned char>{0x00, 0x00, 0x01, 0x00, 0x34, 0x12, 0x00, 0x00, 0x67, 0x05, 0x00, 0x00}),
+        Contents(stream.Get()))
+        << "major 1 in the high word, minor 0 in the low; then the extent's width and height";
     EXPECT_EQ(S_FALSE, persist->IsDirty());
 
     LARGE_INTEGER start = {};
@@ -97,13 +101,17 @@ TEST_F(PersistenceTest, SavingWithoutClearingKeepsTheStateDirty) {
     EXPECT_EQ(S_OK, persist->IsDirty());
 }
 
-TEST_F(PersistenceTest, ThePropertyBagHoldsTheVersionOnly) {
+TEST_F(PersistenceTest, ThePropertyBagHoldsTheVersionAndTheExtentOnly) {
     auto persist = As<IPersistPropertyBag>(IID_IPersistPropertyBag);
     MemoryBag bag;
     ASSERT_EQ(S_OK, persist->InitNew());
+    SIZEL extent = {0x1234, 0x0567};
+    ASSERT_EQ(S_OK, As<IOleObject>(IID_IOleObject)->SetExtent(DVASPECT_CONTENT, &extent));
     ASSERT_EQ(S_OK, persist->Save(&bag, TRUE, TRUE));
-    ASSERT_EQ(1u, bag.values.size());
+    ASSERT_EQ(3u, bag.values.size());
     EXPECT_EQ(0x00010000, bag.values[L"_Version"]);
+    EXPECT_EQ(0x1234, bag.values[L"_ExtentX"]);
+    EXPECT_EQ(0x0567, bag.values[L"_ExtentY"]);
     EXPECT_EQ(S_OK, persist->Load(&bag, nullptr));
     MemoryBag empty;
     EXPECT_EQ(S_OK, persist->Load(&empty, nullptr)) << "a bag from before there was state";
