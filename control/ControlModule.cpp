@@ -17,6 +17,7 @@
 #include "framework/ole/OleControl.h"
 #include "framework/ole/Registration.h"
 #include "framework/ole/Strings.h"
+#include "thumbnails/Imaging.h"
 
 namespace control {
 
@@ -72,6 +73,9 @@ void StopModule() {
     // tables: a module that is unloaded while the process goes on must give
     // them back, or each load and unload would leak them.
     foundation::ReleaseStdObjects();
+    // The imaging layer's per-thread state ends with a callback in this
+    // module, which must not outlive it.
+    imaging::ReleaseImagingThreads();
 }
 
 HRESULT GetClassObject(REFCLSID classId, REFIID iid, void** object) {
