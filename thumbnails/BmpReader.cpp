@@ -103,17 +103,22 @@ int DecodeBmp(const uint8_t* data, size_t size, const BmpLayout& layout, bool wi
     const bool indexed = bits <= 8;
     const int32_t depth = indexed ? bits : (wide ? 32 : 24);
     BitmapDescriptor made{};
-    const int allocated = kernel::AllocateBitmap(&made, layout.width, layout.height, depth, kColorOrderBgr);
+    // Every byte of every row is written below, padding included.
+    const int allocated =
+        kernel::AllocateBitmapRowsUncleared(&made, layout.width, layout.height, depth, kColorOrderBgr);
     if (allocated != kSuccess) return allocated;
     if (indexed) {
         for (uint32_t i = 0; i < layout.paletteCount; ++i) made.palette[i] = BmpPaletteEntry(data, layout, i);
         made.colorCount = static_cast<int32_t>(layout.paletteCount);
     }
     const size_t rowBytes = (static_cast<size_t>(layout.width) * static_cast<size_t>(bits) + 7) / 8;
+    const size_t outBytes = indexed ? rowBytes : static_cast<size_t>(layout.width) * (wide ? 4 : 3);
+    const size_t padding = static_cast<size_t>(made.bytesPerLine) - outBytes;
     for (int32_t y = 0; y < layout.height; ++y) {
         const int32_t stored = layout.topDown ? y : layout.height - 1 - y;
         const uint8_t* in = data + layout.pixelOffset + static_cast<size_t>(stored) * layout.stride;
         uint8_t* out = kernel::Row(made, y);
+        if (padding != 0) std::memset(out + outBytes, 0, padding);
         if (indexed || (bits == 24 && !wide)) {
             std::memcpy(out, in, rowBytes);
             continue;

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -203,4 +204,42 @@ TEST_F(BmpReader, DecodeRefusesALayoutThatDoesNotFitTheBytes) {
     palette.paletteCount = 257;
     EXPECT_EQ(DecodeBmp(file.data(), file.size(), palette, false, &bitmap), kErrorCorrupt);
     EXPECT_EQ(bitmap.storage, nullptr);
+}
+
+// Rows are written whole, the padding at their ends included, whatever the
+// memory held before: the storage is not cleared first.
+TEST_F(BmpReader, RowPaddingIsZeroWhateverTheMemoryHeld) {
+    for (uint32_t bits : {1u, 8u, 16u, 24u, 32u}) {
+        for (int32_t width : {1, 3, 5}) {
+            const Bytes file = Plain(width, 4, bits, 0xFF);
+            BmpLayout layout;
+            ASSERT_TRUE(ReadBmpLayout(file.data(), file.size(), &layout));
+            for (bool wide : {false, true}) {
+                // The block the picture is likely to get, dirtied first.
+                const size_t block = 4096;
+                void* dirty = std::malloc(block);
+                ASSERT_NE(dirty, nullptr);
+                std::memset(dirty, 0xAB, block);
+                std::free(dirty);
+                BitmapDescriptor bitmap{};
+                ASSERT_EQ(DecodeBmp(file.data(), file.size(), layout, wide, &bitmap), kSuccess);
+                const size_t written = bits <= 8 ? (static_cast<size_t>(width) * bits + 7) / 8
+                                                 : static_cast<size_t>(width) * (wide ? 4 : 3);
+                for (int32_t y = 0; y < bitmap.height; ++y) {
+                    const uint8_t* row = kernel::Row(bitmap, y);
+                    for (size_t i = written; i < static_cast<size_t>(bitmap.bytesPerLine); ++i)
+                        EXPECT_EQ(row[i], 0)
+                            << bits << " bits, width " << width << ", row " << y << ", byte " << i;
+                }
+                const uint8_t* storage = static_cast<const uint8_t*>(bitmap.storage);
+                for (size_t i = bitmap.storageSize; i < kMinimumStorageBytes; ++i)
+                    EXPECT_EQ(storage[i], 0) << "beyond the rows, byte " << i;
+                if (bits <= 8) {
+                    for (uint32_t i = layout.paletteCount; i < (1u << bits); ++i)
+                        EXPECT_EQ(bitmap.palette[i].blue, 0) << "palette entry " << i;
+                }
+                FreeBitmap(&bitmap);
+            }
+        }
+    }
 }
