@@ -20,6 +20,7 @@
 #include <commctrl.h>
 #include <wincodec.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -166,8 +167,8 @@ void Breakdown(const std::string& path, int32_t kind, double fillSeconds, int it
             best[steps] = std::min(best[steps], Now() - t);
         }
     }
-    // The cells: one thumbnail item shown many times, added and invalidated
-    // as the fill does.
+    // The cells: one thumbnail item shown many times, added as the fill adds
+    // them; and what one scroll range and one invalidation cost.
     thumbnails::CThumbnailItem thumbnail;
     imaging::CreateBitmap(&thumbnail.bitmap, imaging::kMemoryConventional, 128, 128, 24,
                           imaging::kColorOrderBgr, nullptr, imaging::kViewTopLeft, nullptr, 0);
@@ -189,8 +190,8 @@ void Breakdown(const std::string& path, int32_t kind, double fillSeconds, int it
             gallery.AddItem(std::make_unique<gallery::CThumbnailGalleryItem>(&thumbnail, SIZE{145, 179},
                                                                              std::string(), FALSE),
                             TRUE);
-            gallery.Invalidate(true);
         }
+        gallery.Invalidate(true);  // once, as the fill does
         cells = std::min(cells, Now() - t);
     }
     gallery.RemoveAllItems();
@@ -199,7 +200,7 @@ void Breakdown(const std::string& path, int32_t kind, double fillSeconds, int it
     const double perItem = 1e6 / items;
     std::printf(
         "    one item: read rendition %.0f us, item record %.0f us, query %.0f us, load %.0f us, "
-        "cell %.0f us (scroll range %.0f us, invalidation %.0f us), rest %.0f us\n",
+        "cell %.0f us (of which scroll range %.0f us; an invalidation costs %.0f us), rest %.0f us\n",
         best[1] * perItem, (best[2] - best[1]) * perItem, (best[3] - best[2]) * perItem,
         (best[4] - best[3]) * perItem, cells * perItem, scroll * perItem, invalidate * perItem,
         (fillSeconds - best[4] - cells) * perItem);
@@ -273,16 +274,25 @@ int main(int argc, char** argv) {
             Floor floor{factory.Get(), kind, 0, {}};
             double fill = 1e30, reference = 1e30;
             int cells = 0;
+            std::vector<double> paired;
             for (int round = 0; round < rounds; ++round) {
                 double t = Now();
                 harness.Select(node);
-                fill = std::min(fill, Now() - t);
+                const double oneFill = Now() - t;
                 cells = harness.Gallery().GetItemCount();
                 harness.Select(empty);  // empties the gallery, outside the clock
                 t = Now();
                 floor.Run(path);
-                reference = std::min(reference, Now() - t);
+                const double oneFloor = Now() - t;
+                fill = std::min(fill, oneFill);
+                reference = std::min(reference, oneFloor);
+                paired.push_back(oneFill / oneFloor);
             }
+            // Other processes come and go within a run: the ratio of a fill
+            // and the floor next to it in time, taken at its median over the
+            // rounds, is the steadier measure; the best times are shown too.
+            std::sort(paired.begin(), paired.end());
+            const double median = paired[paired.size() / 2];
             if (cells <= 0 || cells != floor.made) {
                 std::fprintf(stderr, "%s: %d cells, %d pictures in the floor\n", name.c_str(), cells,
                              floor.made);
@@ -291,13 +301,13 @@ int main(int argc, char** argv) {
             }
             const double perItem = fill / cells;
             const double ratio = fill / reference;
-            const bool ratioMet = ratio <= kRatioTarget;
+            const bool ratioMet = median <= kRatioTarget;
             const bool itemMet = perItem <= kItemTarget;
             std::printf(
                 "%-14s %5d items  fill %8.1f ms (%6.3f ms/item)  floor %8.1f ms (%6.3f ms/item)  "
-                "ratio %5.2f (target <= %.1f) %s  per item target <= %.1f ms %s\n",
+                "best/best %5.2f  paired median %5.2f (target <= %.1f) %s  per item <= %.1f ms %s\n",
                 name.c_str(), cells, fill * 1e3, perItem * 1e3, reference * 1e3, reference / cells * 1e3,
-                ratio, kRatioTarget, ratioMet ? "met" : "MISSED", kItemTarget * 1e3,
+                ratio, median, kRatioTarget, ratioMet ? "met" : "MISSED", kItemTarget * 1e3,
                 itemMet ? "met" : "MISSED");
             Breakdown(path, kind, fill, cells, harness.Gallery());
             met = met && ratioMet && itemMet;
