@@ -79,6 +79,27 @@ private:
     HWND window_;
 };
 
+// The gallery is invalidated, with erase, after every item it gets. With no
+// message pump in between, the invalidations of a whole fill make one update
+// region, the whole gallery, so one invalidation when the fill ends (also
+// when it ends early) leaves the window exactly as they do, and spares a
+// round trip to the window system per item.
+class InvalidationAtEnd {
+public:
+    explicit InvalidationAtEnd(const gallery::CBrowserGalleryWindow& window) : window_(window) {}
+    ~InvalidationAtEnd() {
+        if (pending_) window_.Invalidate(true);
+    }
+    InvalidationAtEnd(const InvalidationAtEnd&) = delete;
+    InvalidationAtEnd& operator=(const InvalidationAtEnd&) = delete;
+
+    void Add() { pending_ = true; }
+
+private:
+    const gallery::CBrowserGalleryWindow& window_;
+    bool pending_ = false;
+};
+
 }  // namespace
 
 // The 30 and the 20 come off the source height before the division; that
@@ -128,6 +149,9 @@ void CGraphicDlg::ShowContainer(const std::string& path) {
         // A container that will not open has told the user why; it shows nothing.
         const int32_t count = container.Open(path) ? ReadableItemCount(container, path) : 0;
         const RedrawSuspension quiet(gallery->Handle());
+        // Declared after the suspension, so it ends first: the invalidation
+        // comes before drawing is allowed again, as the last item's did.
+        InvalidationAtEnd invalidation(*gallery);
         for (int32_t number = 1; number <= count; ++number) {
             int32_t size = 0;
             std::unique_ptr<uint8_t[]> rendition =
@@ -157,7 +181,7 @@ void CGraphicDlg::ShowContainer(const std::string& path) {
             gallery->AddItem(
                 std::make_unique<gallery::CThumbnailGalleryItem>(thumbnail, cell, std::string(), FALSE),
                 TRUE);
-            gallery->Invalidate(true);
+            invalidation.Add();
         }
     } catch (int line) {
         LUMBREL_TRACE_THROWN_LINE(LUMBREL_SOURCE_NAME, line);

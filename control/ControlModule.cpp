@@ -18,6 +18,7 @@
 #include "framework/ole/Registration.h"
 #include "framework/ole/Strings.h"
 #include "framework/win32/Window.h"
+#include "thumbnails/Imaging.h"
 
 namespace control {
 
@@ -76,6 +77,9 @@ void StopModule() {
     // tables: a module that is unloaded while the process goes on must give
     // them back, or each load and unload would leak them.
     foundation::ReleaseStdObjects();
+    // The imaging layer's per-thread state ends with a callback in this
+    // module, which must not outlive it.
+    imaging::ReleaseImagingThreads();
 }
 
 HRESULT GetClassObject(REFCLSID classId, REFIID iid, void** object) {

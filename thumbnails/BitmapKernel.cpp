@@ -581,8 +581,10 @@ int CheckBitmap(const BitmapDescriptor* bitmap) {
     return kSuccess;
 }
 
-int AllocateBitmap(BitmapDescriptor* bitmap, int32_t width, int32_t height, int32_t bitsPerPixel,
-                   int32_t colorOrder) {
+namespace {
+
+int AllocateStorage(BitmapDescriptor* bitmap, int32_t width, int32_t height, int32_t bitsPerPixel,
+                    int32_t colorOrder, bool clearRows) {
     if (bitmap == nullptr || !ValidDepth(bitsPerPixel) || !ValidOrder(colorOrder) || width < 1 || height < 1)
         return kErrorInvalidParameter;
     if (width > kMaxSide || height > kMaxSide) return kErrorTooLarge;
@@ -593,8 +595,13 @@ int AllocateBitmap(BitmapDescriptor* bitmap, int32_t width, int32_t height, int3
     const size_t rowBlock =
         (std::max<size_t>(static_cast<size_t>(rows), kMinimumStorageBytes) + 15) & ~size_t{15};
     const size_t paletteBytes = static_cast<size_t>(PaletteSize(bitsPerPixel)) * sizeof(RgbQuad);
-    void* storage = std::calloc(rowBlock + paletteBytes, 1);
+    void* storage =
+        clearRows ? std::calloc(rowBlock + paletteBytes, 1) : std::malloc(rowBlock + paletteBytes);
     if (storage == nullptr) return kErrorNoMemory;
+    if (!clearRows) {
+        std::memset(static_cast<uint8_t*>(storage) + rows, 0,
+                    rowBlock + paletteBytes - static_cast<size_t>(rows));
+    }
     RgbQuad* palette =
         paletteBytes != 0 ? reinterpret_cast<RgbQuad*>(static_cast<uint8_t*>(storage) + rowBlock) : nullptr;
     try {
@@ -618,6 +625,18 @@ int AllocateBitmap(BitmapDescriptor* bitmap, int32_t width, int32_t height, int3
     bitmap->palette = palette;
     bitmap->viewPerspective = kViewTopLeft;
     return kSuccess;
+}
+
+}  // namespace
+
+int AllocateBitmap(BitmapDescriptor* bitmap, int32_t width, int32_t height, int32_t bitsPerPixel,
+                   int32_t colorOrder) {
+    return AllocateStorage(bitmap, width, height, bitsPerPixel, colorOrder, true);
+}
+
+int AllocateBitmapRowsUncleared(BitmapDescriptor* bitmap, int32_t width, int32_t height, int32_t bitsPerPixel,
+                                int32_t colorOrder) {
+    return AllocateStorage(bitmap, width, height, bitsPerPixel, colorOrder, false);
 }
 
 void ReplaceBitmap(BitmapDescriptor* bitmap, const BitmapDescriptor& replacement) {

@@ -94,6 +94,13 @@ int CheckBitmap(const BitmapDescriptor* bitmap);
 int AllocateBitmap(BitmapDescriptor* bitmap, int32_t width, int32_t height, int32_t bitsPerPixel,
                    int32_t colorOrder);
 
+// The same with rows left as the allocator gives them, for a caller that
+// writes every byte of every row (the padding at their ends included); the
+// rest of the storage (beyond the rows, the palette) is zero as above. Spares
+// a pass over the picture where the rows are written anyway.
+int AllocateBitmapRowsUncleared(BitmapDescriptor* bitmap, int32_t width, int32_t height, int32_t bitsPerPixel,
+                                int32_t colorOrder);
+
 // Gives back the storage `bitmap` holds and moves `replacement` into it.
 void ReplaceBitmap(BitmapDescriptor* bitmap, const BitmapDescriptor& replacement);
 

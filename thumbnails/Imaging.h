@@ -13,12 +13,13 @@
 // at their natural size on the screen, at most kMaxMetafileSide pixels on the
 // longer side.
 //
-// COM: the decoding operations initialise COM on the calling thread for their
-// own duration when it is not yet initialised, and work in a thread that uses
-// either apartment model.
+// COM: a thread's first decode initialises COM on it when the thread has not
+// done so itself (balanced when the thread ends) and makes the WIC factory
+// that the thread's later decodes use; a thread that chose an apartment model
+// keeps it. ReleaseImagingThreads gives all of that back early.
 //
-// Threads: like the control, the layer is meant for one thread; open drawing
-// contexts and the colour match state are process-wide.
+// Threads: decoding keeps its state per thread; open drawing contexts and the
+// colour match state are process-wide, meant for one thread.
 #pragma once
 
 #include <windows.h>
@@ -108,5 +109,12 @@ ColorMatchTable* CreateColorMatchTable(const RGBQUAD* colors, int32_t colorCount
 int ReduceBitmapColors(const BitmapDescriptor* source, BitmapDescriptor* target, int32_t bitsPerPixel,
                        uint32_t flags, const RGBQUAD* colors, const void* paletteHandle, int32_t colorCount,
                        const void* callback, const void* userData);
+
+// ---- Module lifetime -----------------------------------------------------------
+// Lets go of every thread's WIC factory and kept decoder, for a module that
+// is unloaded while the process goes on; COM is uninitialised where the
+// layer initialised it on the calling thread. Decoding afterwards starts
+// afresh.
+void ReleaseImagingThreads();
 
 }  // namespace imaging

@@ -17,6 +17,7 @@
 #include "framework/win32/ComPtr.h"
 #include "thumbnails/BitmapKernel.h"
 #include "thumbnails/ImagingInternal.h"
+#include "thumbnails/ImagingThread.h"
 
 namespace imaging::detail {
 
@@ -39,58 +40,6 @@ const ContainerFormat kContainers[] = {
     {PictureKind::kTiff, &GUID_ContainerFormatTiff, kFormatTiff, "TIFF"},
     {PictureKind::kIcon, &GUID_ContainerFormatIco, kFormatIcon, "ICO"},
 };
-
-// How a WIC pixel format is taken in.
-struct PixelShape {
-    bool indexed = false;  // palette indices
-    bool grey = false;     // grey levels, a ramp of 2^bits
-    int32_t bits = 0;      // as stored
-    bool alpha = false;
-};
-
-PixelShape ShapeOf(IWICImagingFactory* factory, const WICPixelFormatGUID& format) {
-    struct Known {
-        const GUID* format;
-        bool indexed;
-        bool grey;
-        int32_t bits;
-    };
-    static const Known kLowDepth[] = {
-        {&GUID_WICPixelFormat1bppIndexed, true, false, 1}, {&GUID_WICPixelFormat2bppIndexed, true, false, 2},
-        {&GUID_WICPixelFormat4bppIndexed, true, false, 4}, {&GUID_WICPixelFormat8bppIndexed, true, false, 8},
-        {&GUID_WICPixelFormatBlackWhite, false, true, 1},  {&GUID_WICPixelFormat2bppGray, false, true, 2},
-        {&GUID_WICPixelFormat4bppGray, false, true, 4},    {&GUID_WICPixelFormat8bppGray, false, true, 8},
-    };
-    PixelShape shape;
-    for (const Known& known : kLowDepth) {
-        if (IsEqualGUID(format, *known.format)) {
-            shape.indexed = known.indexed;
-            shape.grey = known.grey;
-            shape.bits = known.bits;
-            return shape;
-        }
-    }
-    ComPtr<IWICComponentInfo> component;
-    ComPtr<IWICPixelFormatInfo> info;
-    if (SUCCEEDED(factory->CreateComponentInfo(format, component.Put())) && SUCCEEDED(component.As(&info))) {
-        UINT bits = 0;
-        if (SUCCEEDED(info->GetBitsPerPixel(&bits))) shape.bits = static_cast<int32_t>(bits);
-        ComPtr<IWICPixelFormatInfo2> info2;
-        BOOL transparency = FALSE;
-        if (SUCCEEDED(component.As(&info2)) && SUCCEEDED(info2->SupportsTransparency(&transparency)))
-            shape.alpha = transparency != FALSE;
-    }
-    // Formats whose transparency matters even where the component information
-    // does not say so.
-    static const GUID* const kAlpha[] = {&GUID_WICPixelFormat32bppBGRA,    &GUID_WICPixelFormat32bppPBGRA,
-                                         &GUID_WICPixelFormat32bppRGBA,    &GUID_WICPixelFormat32bppPRGBA,
-                                         &GUID_WICPixelFormat64bppRGBA,    &GUID_WICPixelFormat64bppPRGBA,
-                                         &GUID_WICPixelFormat16bppBGRA5551};
-    for (const GUID* known : kAlpha) {
-        if (IsEqualGUID(format, *known)) shape.alpha = true;
-    }
-    return shape;
-}
 
 // The depth a load at the file's own depth gives.
 int32_t LoadDepth(const PixelShape& shape, const WICPixelFormatGUID& format) {
@@ -136,11 +85,6 @@ int ReadPalette(IWICImagingFactory* factory, IWICBitmapDecoder* decoder, IWICBit
         if (c.red != c.green || c.green != c.blue) palette->grey = false;
     }
     return kSuccess;
-}
-
-int32_t Dpi(double value) {
-    if (!(value > 0.0) || value > 1e6) return 0;
-    return static_cast<int32_t>(std::lround(value));
 }
 
 // Indices or grey levels, at 1, 4 or 8 bits.
@@ -230,6 +174,10 @@ int DecodeTrueColor(IWICImagingFactory* factory, IWICBitmapFrameDecode* frame,
 
 }  // namespace
 
+// A query keeps its decoder for the load of the same bytes that usually
+// follows, up to this many pixels: a decoder may hold the whole picture.
+constexpr uint64_t kKeptPixels = 4ull * 1024 * 1024;
+
 int DecodeWithWic(const uint8_t* data, size_t size, const PictureProbe& probe, const DecodeRequest& request) {
     const ContainerFormat* container = nullptr;
     for (const ContainerFormat& candidate : kContainers) {
@@ -238,28 +186,47 @@ int DecodeWithWic(const uint8_t* data, size_t size, const PictureProbe& probe, c
     if (container == nullptr) return kErrorUnknownFormat;
     if (size > 0xFFFFFFFFu) return kErrorTooLarge;
 
-    framework::win32::ComInitialization com;
-    if (!com.Usable()) return kErrorPlatform;
-    ComPtr<IWICImagingFactory> factory;
-    if (FAILED(::CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
-                                  IID_IWICImagingFactory, factory.PutVoid())))
-        return kErrorPlatform;
+    ImagingThread* thread = ImagingThread::Current();
+    if (thread == nullptr) return kErrorPlatform;
+    IWICImagingFactory* factory = thread->Factory();
+    KeptDecoder& kept = thread->Kept();
     ComPtr<IWICStream> stream;
-    if (FAILED(factory->CreateStream(stream.Put())) ||
-        // WIC only reads through the stream; the cast is for its signature.
-        FAILED(stream->InitializeFromMemory(const_cast<BYTE*>(data), static_cast<DWORD>(size))))
-        return kErrorPlatform;
     ComPtr<IWICBitmapDecoder> decoder;
-    if (FAILED(factory->CreateDecoder(*container->container, nullptr, decoder.Put())))
-        return kErrorUnsupported;
-    if (FAILED(decoder->Initialize(stream.Get(), WICDecodeMetadataCacheOnDemand))) return kErrorCorrupt;
+    ComPtr<IWICBitmapFrameDecode> frame;
+    std::vector<uint8_t> keptBytes;  // what a kept stream reads, alive to the end of the load
+    const bool query = request.bitmap == nullptr;
+    const bool keep =
+        query && static_cast<uint64_t>(probe.width) * static_cast<uint64_t>(probe.height) <= kKeptPixels;
+    if (!query && kept.Holds(data, size)) {
+        // The bytes the last query read: its decoder has done the reading.
+        keptBytes.swap(kept.bytes);
+        stream = std::move(kept.stream);
+        decoder = std::move(kept.decoder);
+        frame = std::move(kept.frame);
+        kept.Clear();
+    } else {
+        kept.Clear();
+        const BYTE* bytes = data;
+        if (keep) {
+            // The stream reads a copy: the caller's buffer may be gone or
+            // reused by the time the load comes.
+            kept.bytes.assign(data, data + size);
+            bytes = kept.bytes.data();
+        }
+        if (FAILED(factory->CreateStream(stream.Put())) ||
+            // WIC only reads through the stream; the cast is for its signature.
+            FAILED(stream->InitializeFromMemory(const_cast<BYTE*>(bytes), static_cast<DWORD>(size))))
+            return kErrorPlatform;
+        if (FAILED(factory->CreateDecoder(*container->container, nullptr, decoder.Put())))
+            return kErrorUnsupported;
+        if (FAILED(decoder->Initialize(stream.Get(), WICDecodeMetadataCacheOnDemand))) return kErrorCorrupt;
+    }
     UINT frames = 0;
     if (FAILED(decoder->GetFrameCount(&frames)) || frames == 0) return kErrorCorrupt;
     const UINT index = probe.kind == PictureKind::kIcon
                            ? std::min<UINT>(static_cast<UINT>(std::max(probe.bestFrame, 0)), frames - 1)
                            : 0;
-    ComPtr<IWICBitmapFrameDecode> frame;
-    if (FAILED(decoder->GetFrame(index, frame.Put()))) return kErrorCorrupt;
+    if (!frame && FAILED(decoder->GetFrame(index, frame.Put()))) return kErrorCorrupt;
     UINT width = 0, height = 0;
     if (FAILED(frame->GetSize(&width, &height)) || width == 0 || height == 0) return kErrorCorrupt;
     if (width > static_cast<UINT>(kMaxSide) || height > static_cast<UINT>(kMaxSide) ||
@@ -267,10 +234,10 @@ int DecodeWithWic(const uint8_t* data, size_t size, const PictureProbe& probe, c
         return kErrorTooLarge;
     WICPixelFormatGUID format{};
     if (FAILED(frame->GetPixelFormat(&format))) return kErrorCorrupt;
-    const PixelShape shape = ShapeOf(factory.Get(), format);
+    const PixelShape shape = thread->ShapeOf(format);
     Palette palette;
     if (shape.indexed) {
-        const int read = ReadPalette(factory.Get(), decoder.Get(), frame.Get(), &palette);
+        const int read = ReadPalette(factory, decoder.Get(), frame.Get(), &palette);
         if (read != kSuccess) return read;
     }
     double dpiX = 0.0, dpiY = 0.0;
@@ -296,15 +263,17 @@ int DecodeWithWic(const uint8_t* data, size_t size, const PictureProbe& probe, c
             info->isGrayScale = 1;
         } else {
             // Deeper grey formats (16-bit grey) have the same channel count.
-            ComPtr<IWICComponentInfo> component;
-            ComPtr<IWICPixelFormatInfo> pixelInfo;
-            UINT channels = 0;
-            if (SUCCEEDED(factory->CreateComponentInfo(format, component.Put())) &&
-                SUCCEEDED(component.As(&pixelInfo)) && SUCCEEDED(pixelInfo->GetChannelCount(&channels)))
-                info->isGrayScale = channels == 1 ? 1 : 0;
+            info->isGrayScale = shape.channels == 1 ? 1 : 0;
         }
     }
-    if (request.bitmap == nullptr) return kSuccess;
+    if (query) {
+        if (keep) {
+            kept.stream = std::move(stream);
+            kept.decoder = std::move(decoder);
+            kept.frame = std::move(frame);
+        }
+        return kSuccess;
+    }
 
     DecodeRequest load = request;
     if (load.bitsPerPixel == 0) load.bitsPerPixel = LoadDepth(shape, format);
@@ -313,8 +282,8 @@ int DecodeWithWic(const uint8_t* data, size_t size, const PictureProbe& probe, c
     if (shape.indexed || shape.grey) {
         result = DecodeLowDepth(frame.Get(), shape, palette, width, height, native.Get());
     } else {
-        result = DecodeTrueColor(factory.Get(), frame.Get(), format, shape, load.bitsPerPixel == 32, width,
-                                 height, native.Get());
+        result = DecodeTrueColor(factory, frame.Get(), format, shape, load.bitsPerPixel == 32, width, height,
+                                 native.Get());
         // Transparency is kept only where there is room for it.
         if (result == kSuccess && load.bitsPerPixel != 32) kernel::CompositeOnWhite(native.Get());
     }

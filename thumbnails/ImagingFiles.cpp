@@ -1,6 +1,7 @@
 // File input and output: the operations on paths and buffers, and the
 // dispatch from a probed picture to its decoder.
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <vector>
 
@@ -20,6 +21,11 @@ BitmapDescriptor ScopedBitmap::Release() {
     const BitmapDescriptor result = bitmap_;
     bitmap_ = BitmapDescriptor{};
     return result;
+}
+
+int32_t Dpi(double value) {
+    if (!(value > 0.0) || value > 1e6) return 0;
+    return static_cast<int32_t>(std::lround(value));
 }
 
 void BeginInfo(FileInfo* info, int32_t format, const char* name, size_t fileSize) {
@@ -62,6 +68,11 @@ int DecodePicture(const uint8_t* data, size_t size, const DecodeRequest& request
         case PictureKind::kEmf:
         case PictureKind::kWmf:
         case PictureKind::kWmfPlaceable: return DecodeMetafile(data, size, probe, request);
+        case PictureKind::kBmp: {
+            BmpLayout layout;
+            if (ReadBmpLayout(data, size, &layout)) return DecodePlainBmp(data, size, layout, request);
+            return DecodeWithWic(data, size, probe, request);
+        }
         default: return DecodeWithWic(data, size, probe, request);
     }
 }

@@ -9,6 +9,7 @@
 #include <new>
 
 #include "thumbnails/BitmapDescriptor.h"
+#include "thumbnails/BmpReader.h"
 #include "thumbnails/PictureProbe.h"
 
 namespace imaging::detail {
@@ -26,7 +27,11 @@ struct DecodeRequest {
 int DecodePicture(const uint8_t* data, size_t size, const DecodeRequest& request);
 
 int DecodeWithWic(const uint8_t* data, size_t size, const PictureProbe& probe, const DecodeRequest& request);
+int DecodePlainBmp(const uint8_t* data, size_t size, const BmpLayout& layout, const DecodeRequest& request);
 int DecodeMetafile(const uint8_t* data, size_t size, const PictureProbe& probe, const DecodeRequest& request);
+
+// A resolution as the layer records it: whole dots per inch, 0 when unknown.
+int32_t Dpi(double value);
 
 // Starts a FileInfo: zero-filled, with the fields every format shares.
 void BeginInfo(FileInfo* info, int32_t format, const char* name, size_t fileSize);
