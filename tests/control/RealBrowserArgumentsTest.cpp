@@ -55,8 +55,9 @@ protected:
         std::vector<std::string> lines;
         for (const RecordedEvent& event : events) {
             if (event.dispid != control::kDispidItemSel) continue;
-            lines.push_back(std::to_string(event.record.valid) + " " + std::to_string(event.record.itemNumber) +
-                            " " + std::string(event.record.path, strnlen(event.record.path, sizeof event.record.path)));
+            lines.push_back(
+                std::to_string(event.record.valid) + " " + std::to_string(event.record.itemNumber) + " " +
+                std::string(event.record.path, strnlen(event.record.path, sizeof event.record.path)));
         }
         return lines;
     }
