@@ -56,6 +56,9 @@ public:
     // What a host does to close a picker: stop listening, close, take the
     // site back, release.
     void CloseAndRelease();
+    // The host is done: CloseAndRelease, then its site and sink go too, and
+    // with the site its frame window. Nothing of the host's side works after.
+    void Close();
     // The host's frame window, and with it the control's windows, goes.
     void DestroyHostWindow();
     // In-place deactivation and a new activation, as a hidden and shown form.
