@@ -256,12 +256,10 @@ int main(int argc, char** argv) {
     {
         browsertest::ScopedPrimaryFolder primary{disk.Path("Art")};
         browsertest::DialogHarness harness;
-        if (!harness.Create()) {
+        if (!harness.CreateInProductView()) {
             std::fprintf(stderr, "no dialog\n");
             return 1;
         }
-        harness.DropDown();
-        harness.Choose("Orrimond");
         const HTREEITEM empty = harness.At({"Empty"});
         const int32_t kind = harness.Dialog().largeThumbnails == 1 ? 0x80 : 0x40;
         for (const std::string& name : names) {

@@ -10,6 +10,7 @@
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
+#include "EmbeddedControlTest.h"
 #include "OleTestSupport.h"
 #include "browser/GraphicDlg.h"
 #include "control/ControlModule.h"
@@ -21,45 +22,23 @@
 namespace browsertest {
 namespace {
 
-using controltest::EventRecorder;
 using controltest::RecordedEvent;
 using controltest::TestSite;
 
-class ControlBrowserTest : public ::testing::Test {
+// Activated UI-active, its browser showing the primary folder, and nothing
+// heard yet.
+class ControlBrowserTest : public EmbeddedControlTest {
 protected:
     void SetUp() override {
-        control = new CLumbrelCtrl();
-        site = new TestSite();
-        ASSERT_EQ(S_OK, controltest::Embed(Unknown(), site, OLEIVERB_UIACTIVATE));
-        dialog = control;
-        ASSERT_NE(nullptr, dialog->Handle());
-        sink = new EventRecorder(&events, "host");
-        cookie = controltest::AdviseEvents(Unknown(), sink);
-        ASSERT_NE(0u, cookie);
+        ASSERT_NO_FATAL_FAILURE(EmbeddedControlTest::SetUp());
         dialog->ResetDriveCombo("");
         dialog->RebuildFromDriveCombo();
-        events.clear();
-    }
-    void TearDown() override {
-        if (control != nullptr) {
-            controltest::UnadviseEvents(Unknown(), cookie);
-            controltest::Unembed(Unknown());
-            control->Release();
-        }
-        if (sink != nullptr) sink->Release();
-        if (site != nullptr) site->Release();
-        EXPECT_EQ(0, framework::ole::ObjectCount());
+        Events().clear();
     }
 
-    IUnknown* Unknown() const { return static_cast<IOleObject*>(control); }
-    HWND Item(int id) const { return ::GetDlgItem(dialog->Handle(), id); }
-    HTREEITEM Find(HTREEITEM parent, const std::string& text) const {
-        const browser::TreeControl& tree = dialog->tree;
-        for (HTREEITEM item = parent == TVI_ROOT ? tree.GetRootItem() : tree.GetChildItem(parent);
-             item != nullptr; item = tree.GetNextSiblingItem(item))
-            if (tree.GetItemText(item) == text) return item;
-        return nullptr;
-    }
+    std::vector<RecordedEvent>& Events() { return host->Events(); }
+    HWND Item(int id) const { return host->Item(id); }
+    HTREEITEM Find(HTREEITEM parent, const std::string& text) const { return host->TreeItem(text, parent); }
     BOOL DoubleClickAt(HWND window) {
         RECT rect = {};
         ::GetWindowRect(window, &rect);
@@ -69,26 +48,8 @@ protected:
         msg.pt = POINT{(rect.left + rect.right) / 2, (rect.top + rect.bottom) / 2};
         return control->ControlWindow().PreTranslateMessage(&msg);
     }
-    std::vector<GraphicItemInfo> Records() const {
-        std::vector<GraphicItemInfo> records;
-        for (const RecordedEvent& event : events)
-            if (event.dispid == control::kDispidItemSel) records.push_back(event.record);
-        return records;
-    }
-    std::vector<DISPID> Kinds() const {
-        std::vector<DISPID> kinds;
-        for (const RecordedEvent& event : events) kinds.push_back(event.dispid);
-        return kinds;
-    }
-
-    ArtLayout& layout = SharedLayout();
-    ScopedPrimaryFolder primary{layout.Primary()};
-    CLumbrelCtrl* control = nullptr;
-    TestSite* site = nullptr;
-    browser::CGraphicDlg* dialog = nullptr;
-    EventRecorder* sink = nullptr;
-    DWORD cookie = 0;
-    std::vector<RecordedEvent> events;
+    std::vector<GraphicItemInfo> Records() const { return host->Records(); }
+    std::vector<DISPID> Kinds() const { return host->Kinds(); }
 };
 
 TEST(ControlModuleBrowser, TheModulesControlComesWithTheBrowserDialog) {
@@ -133,32 +94,32 @@ TEST_F(ControlBrowserTest, ADoubleClickOnAPictureInTheTreeTellsTheHostThreeTimes
     ASSERT_NE(nullptr, types);
     dialog->tree.Expand(types, TVE_EXPAND);
     dialog->tree.SelectItem(Find(types, "photo.jpg"));
-    events.clear();
+    Events().clear();
     EXPECT_FALSE(DoubleClickAt(Item(control::kTreeId))) << "the message goes on to the tree";
     const std::string path = layout.Path("Types\\photo.jpg");
     EXPECT_EQ(
         (std::vector<DISPID>{control::kDispidItemSel, control::kDispidItemSel, control::kDispidItemDBClick}),
         Kinds());
     EXPECT_TRUE(SameRecords({Record(1, 0, path), Record(1, 1, path, "photo.jpg")}, Records()));
-    ASSERT_EQ(3u, events.size());
-    EXPECT_EQ(VT_BYREF, events[1].argumentType);
-    EXPECT_EQ(static_cast<void*>(&dialog->itemInfo), events[1].reference)
+    ASSERT_EQ(3u, Events().size());
+    EXPECT_EQ(VT_BYREF, Events()[1].argumentType);
+    EXPECT_EQ(static_cast<void*>(&dialog->itemInfo), Events()[1].reference)
         << "the double click passes itemInfo itself";
 }
 
 TEST_F(ControlBrowserTest, ADoubleClickOnAFolderInTheTreeTellsNothing) {
     dialog->tree.SelectItem(Find(TVI_ROOT, "Empty"));
-    events.clear();
+    Events().clear();
     DoubleClickAt(Item(control::kTreeId));
-    EXPECT_TRUE(events.empty());
+    EXPECT_TRUE(Events().empty());
     EXPECT_EQ(0, dialog->itemInfo.valid);
 }
 
 TEST_F(ControlBrowserTest, ADoubleClickOnAContainerInTheTreeTellsNothingByItself) {
     dialog->tree.SelectItem(Find(TVI_ROOT, "Animals"));
-    events.clear();
+    Events().clear();
     DoubleClickAt(Item(control::kTreeId));
-    EXPECT_TRUE(events.empty());
+    EXPECT_TRUE(Events().empty());
     EXPECT_TRUE(SameRecords({Record(1, 1, layout.Path("Animals.QLT"))}, {dialog->itemInfo}));
 }
 
@@ -167,7 +128,7 @@ TEST_F(ControlBrowserTest, ADoubleClickInTheGallerySendsTheLastRecordAgain) {
     dialog->SetGalleryCurrentIndex(1);
     dialog->SetGallerySelection(1);
     dialog->OnGalleryCommand();
-    events.clear();
+    Events().clear();
     DoubleClickAt(Item(control::kGalleryId));
     EXPECT_EQ((std::vector<DISPID>{control::kDispidItemSel, control::kDispidItemDBClick}), Kinds());
     EXPECT_TRUE(SameRecords({Record(1, 2, layout.Path("Animals.QLT"))}, Records()));
@@ -175,20 +136,7 @@ TEST_F(ControlBrowserTest, ADoubleClickInTheGallerySendsTheLastRecordAgain) {
 
 TEST_F(ControlBrowserTest, SetItemPathNavigatesAndTheHostHearsEveryStep) {
     const std::string path = layout.Path("lower\\cats");
-    const std::wstring wide(path.begin(), path.end());
-    controltest::ComPtr<IDispatch> dispatch;
-    ASSERT_EQ(S_OK, Unknown()->QueryInterface(IID_IDispatch, dispatch.PutVoid()));
-    VARIANT arguments[2];
-    ::VariantInit(&arguments[0]);
-    ::VariantInit(&arguments[1]);
-    arguments[1].vt = VT_BSTR;
-    arguments[1].bstrVal = ::SysAllocString(wide.c_str());
-    arguments[0].vt = VT_I4;
-    arguments[0].lVal = 2;
-    DISPPARAMS params = {arguments, nullptr, 2, 0};
-    ASSERT_EQ(S_OK, dispatch->Invoke(control::kDispidSetItemPath, IID_NULL, 0, DISPATCH_METHOD, &params,
-                                     nullptr, nullptr, nullptr));
-    ::VariantClear(&arguments[1]);
+    ASSERT_EQ(S_OK, host->SetItemPath(path, 2));
     const std::string container = path + ".QLT";
     EXPECT_TRUE(SameRecords(
         {NothingSelected(), NothingSelected(), Record(1, 1, container), Record(1, 2, container)}, Records()));
@@ -201,9 +149,9 @@ TEST_F(ControlBrowserTest, RefreshComboPutsTheDriveInAndNavigatesThere) {
     EXPECT_FALSE(dialog->driveCombo.populated);
     ASSERT_FALSE(Records().empty());
     EXPECT_TRUE(SameRecords({NothingSelected()}, {Records().front()})) << "the tree was rebuilt";
-    events.clear();
+    Events().clear();
     control->RefreshCombo("D:", FALSE);
-    EXPECT_TRUE(events.empty());
+    EXPECT_TRUE(Events().empty());
     EXPECT_EQ("C:", dialog->driveCombo.GetCurrentText());
 }
 
@@ -221,7 +169,7 @@ TEST_F(ControlBrowserTest, AGalleryClickTellsTheHostOnce) {
     dialog->tree.SelectItem(Find(TVI_ROOT, "Animals"));
     dialog->SetGalleryCurrentIndex(2);
     dialog->SetGallerySelection(2);
-    events.clear();
+    Events().clear();
     // The gallery's own road: a direct OnCmdMsg on its parent's window object.
     framework::win32::Window* parent = framework::win32::Window::FromHandle(dialog->Handle());
     ASSERT_EQ(&control->DialogWindow(), parent);
@@ -229,35 +177,33 @@ TEST_F(ControlBrowserTest, AGalleryClickTellsTheHostOnce) {
     EXPECT_EQ((std::vector<DISPID>{control::kDispidItemSel}), Kinds());
     EXPECT_TRUE(SameRecords({Record(1, 3, layout.Path("Animals.QLT"))}, Records()));
     // And as a notification the dialog window receives.
-    events.clear();
+    Events().clear();
     ::SendMessageA(dialog->Handle(), WM_COMMAND, MAKEWPARAM(control::kGalleryId, BN_CLICKED),
                    reinterpret_cast<LPARAM>(Item(control::kGalleryId)));
     EXPECT_EQ((std::vector<DISPID>{control::kDispidItemSel}), Kinds());
     // The control's own window object has no such command.
-    events.clear();
+    Events().clear();
     EXPECT_FALSE(control->ControlWindow().OnCmdMsg(control::kGalleryId, 0, nullptr, nullptr));
-    EXPECT_TRUE(events.empty());
+    EXPECT_TRUE(Events().empty());
 }
 
 TEST_F(ControlBrowserTest, WhatTheDialogFiresReachesTheHostOnceWithTheRecordItself) {
     browser::GraphicItemInfo record = Record(1, 7, "C:\\x.QLT");
     dialog->FireItemSel(record);
-    ASSERT_EQ(1u, events.size());
-    EXPECT_EQ(control::kDispidItemSel, events[0].dispid);
-    EXPECT_EQ(static_cast<void*>(&record), events[0].reference);
+    ASSERT_EQ(1u, Events().size());
+    EXPECT_EQ(control::kDispidItemSel, Events()[0].dispid);
+    EXPECT_EQ(static_cast<void*>(&record), Events()[0].reference);
     EXPECT_TRUE(SameRecords({record}, Records()));
 }
 
 TEST_F(ControlBrowserTest, TheDialogFollowsTheControlsSize) {
-    controltest::ComPtr<IOleInPlaceObject> inPlace;
-    ASSERT_EQ(S_OK, Unknown()->QueryInterface(IID_IOleInPlaceObject, inPlace.PutVoid()));
-    RECT position = site->position;
-    ASSERT_EQ(S_OK, inPlace->SetObjectRects(&position, &position));
+    ASSERT_EQ(S_OK, host->Grow(0, 0));
     RECT before = {};
     ::GetWindowRect(Item(control::kGalleryId), &before);
+    ASSERT_EQ(S_OK, host->Grow(40, 30));
+    RECT position = host->Site().position;
     position.right += 40;
     position.bottom += 30;
-    ASSERT_EQ(S_OK, inPlace->SetObjectRects(&position, &position));
     RECT client = {};
     ::GetClientRect(dialog->Handle(), &client);
     EXPECT_EQ(position.right - position.left, client.right);

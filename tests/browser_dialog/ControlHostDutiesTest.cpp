@@ -11,6 +11,7 @@
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
+#include "EmbeddedControlTest.h"
 #include "OleTestSupport.h"
 #include "browser/GraphicDlg.h"
 #include "browser/PreviewRender.h"
@@ -25,34 +26,25 @@ namespace {
 
 using controltest::TestSite;
 
-class ControlHostDutiesTest : public ::testing::Test {
+// Activated UI-active, its browser showing the primary folder, and the
+// frame's record of modeless calls empty.
+class ControlHostDutiesTest : public EmbeddedControlTest {
 protected:
     void SetUp() override {
-        control = new CLumbrelCtrl();
-        site = new TestSite();
-        ASSERT_EQ(S_OK, controltest::Embed(Unknown(), site, OLEIVERB_UIACTIVATE));
-        dialog = control;
-        ASSERT_NE(nullptr, dialog->Handle());
+        ASSERT_NO_FATAL_FAILURE(EmbeddedControlTest::SetUp());
+        site = &host->Site();
         dialog->ResetDriveCombo("");
         dialog->RebuildFromDriveCombo();
         site->modalCalls.clear();
     }
     void TearDown() override {
-        controltest::Unembed(Unknown());
-        control->Release();
-        site->Release();
+        // Messages the test left behind are given out before the count.
+        ReleaseHost();
         controltest::PumpMessages();
-        EXPECT_EQ(0, framework::ole::ObjectCount());
+        EmbeddedControlTest::TearDown();
     }
 
-    IUnknown* Unknown() const { return static_cast<IOleObject*>(control); }
-    HTREEITEM Find(HTREEITEM parent, const std::string& text) const {
-        const browser::TreeControl& tree = dialog->tree;
-        for (HTREEITEM item = parent == TVI_ROOT ? tree.GetRootItem() : tree.GetChildItem(parent);
-             item != nullptr; item = tree.GetNextSiblingItem(item))
-            if (tree.GetItemText(item) == text) return item;
-        return nullptr;
-    }
+    HTREEITEM Find(HTREEITEM parent, const std::string& text) const { return host->TreeItem(text, parent); }
     // The picture photo.jpg shown through the real road: the tree selects it
     // and the renderer hands its preview over in 0x405.
     void ShowPhoto() {
@@ -69,11 +61,7 @@ protected:
         return item != nullptr && item->Thumbnail() != nullptr ? &item->Thumbnail()->bitmap : nullptr;
     }
 
-    ArtLayout& layout = SharedLayout();
-    ScopedPrimaryFolder primary{layout.Primary()};
-    CLumbrelCtrl* control = nullptr;
     TestSite* site = nullptr;
-    browser::CGraphicDlg* dialog = nullptr;
 };
 
 // ---- The drive prompt -------------------------------------------------------------------

@@ -27,10 +27,16 @@ bool EmbeddedControl::Embed() {
 }
 
 EmbeddedControl::~EmbeddedControl() {
+    Close();
+}
+
+void EmbeddedControl::Close() {
     onEvent = nullptr;
     if (control_ != nullptr) CloseAndRelease();
-    sink_->Release();
-    site_->Release();
+    if (sink_ != nullptr) sink_->Release();
+    sink_ = nullptr;
+    if (site_ != nullptr) site_->Release();
+    site_ = nullptr;
 }
 
 void EmbeddedControl::Reaction(controltest::EventRecorder*, void* context) {

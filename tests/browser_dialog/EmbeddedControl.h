@@ -39,12 +39,14 @@ public:
     // Null once the host has let go of the control.
     CLumbrelCtrl* Control() const { return control_; }
     browser::CGraphicDlg& Dialog() const { return *control_; }
+    controltest::TestSite& Site() const { return *site_; }
     HWND Item(int id) const;
 
     // ---- The host's side
     // The events so far, and the host's reaction to each, run after it is
     // recorded (the event's number from 0 is events().size() - 1).
     std::vector<controltest::RecordedEvent>& Events() { return events_; }
+    const std::vector<controltest::RecordedEvent>& Events() const { return events_; }
     std::vector<GraphicItemInfo> Records() const;
     std::vector<DISPID> Kinds() const;
     std::function<void()> onEvent;
@@ -54,6 +56,9 @@ public:
     // What a host does to close a picker: stop listening, close, take the
     // site back, release.
     void CloseAndRelease();
+    // The host is done: CloseAndRelease, then its site and sink go too, and
+    // with the site its frame window. Nothing of the host's side works after.
+    void Close();
     // The host's frame window, and with it the control's windows, goes.
     void DestroyHostWindow();
     // In-place deactivation and a new activation, as a hidden and shown form.

@@ -18,6 +18,7 @@
 
 #include "ArtLayout.h"
 #include "BrowserTestSupport.h"
+#include "EmbeddedControl.h"
 #include "OleTestSupport.h"
 #include "browser/GraphicDlg.h"
 #include "control/LumbrelCtrl.h"
@@ -31,57 +32,33 @@
 namespace browsertest {
 namespace {
 
-using controltest::EventRecorder;
 using controltest::RecordedEvent;
-using controltest::TestSite;
 
 // The colours of Patchy.qlt's two readable pictures, in cell order.
 constexpr uint32_t kPatchyColours[2] = {0x112233, 0x445566};
 
 // One control embedded as a host embeds it, with its own site and event
-// sink, on the thread that makes it.
-class EmbeddedControl {
+// sink, on the thread that makes it, its browser showing the primary folder.
+class HostedBrowser : public EmbeddedControl {
 public:
-    EmbeddedControl() {
-        control = new CLumbrelCtrl();
-        site = new TestSite();
-        embedded = controltest::Embed(Unknown(), site, OLEIVERB_UIACTIVATE) == S_OK;
-        dialog = control;
-        sink = new EventRecorder(&events, "host");
-        cookie = controltest::AdviseEvents(Unknown(), sink);
-        if (dialog->Handle() == nullptr) return;
+    HostedBrowser() {
+        dialog = &Dialog();
+        if (!Ok()) return;
         dialog->ResetDriveCombo("");
         dialog->RebuildFromDriveCombo();
         events.clear();
     }
-    ~EmbeddedControl() { Close(); }
-    EmbeddedControl(const EmbeddedControl&) = delete;
-    EmbeddedControl& operator=(const EmbeddedControl&) = delete;
-
-    bool Ok() const { return embedded && dialog->Handle() != nullptr && cookie != 0; }
 
     // The host lets go of the control: its browser, gallery and library go,
     // and so do its windows and the site's.
     void Close() {
-        if (control == nullptr) return;
-        windows = {site->Frame(), control->ControlWindow().Handle(), dialog->Handle()};
-        controltest::UnadviseEvents(Unknown(), cookie);
-        controltest::Unembed(Unknown());
-        control->Release();
-        control = nullptr;
+        if (Control() == nullptr) return;
+        windows = {Site().Frame(), Control()->ControlWindow().Handle(), dialog->Handle()};
         dialog = nullptr;
-        sink->Release();
-        site->Release();
+        EmbeddedControl::Close();
     }
 
-    IUnknown* Unknown() const { return static_cast<IOleObject*>(control); }
-
-    HTREEITEM Find(const std::string& text) const {
-        const browser::TreeControl& tree = dialog->tree;
-        for (HTREEITEM item = tree.GetRootItem(); item != nullptr; item = tree.GetNextSiblingItem(item))
-            if (tree.GetItemText(item) == text) return item;
-        return nullptr;
-    }
+    HTREEITEM Find(const std::string& text) const { return TreeItem(text); }
     // The top-level node selected through the tree control, which tells the
     // browser as a user's click would.
     bool Select(const std::string& text) {
@@ -105,13 +82,6 @@ public:
         ::PostMessageA(window, WM_LBUTTONUP, 0, at);
         controltest::PumpMessages();
     }
-    std::vector<GraphicItemInfo> Records() const {
-        std::vector<GraphicItemInfo> records;
-        for (const RecordedEvent& event : events)
-            if (event.dispid == control::kDispidItemSel) records.push_back(event.record);
-        return records;
-    }
-
     // The gallery as it paints itself now, drawn into a picture of its own.
     std::vector<uint32_t> Paint() const {
         const HWND gallery = dialog->gallery->Handle();
@@ -147,13 +117,8 @@ public:
         return ::testing::AssertionSuccess();
     }
 
-    CLumbrelCtrl* control = nullptr;
-    TestSite* site = nullptr;
     browser::CGraphicDlg* dialog = nullptr;
-    EventRecorder* sink = nullptr;
-    DWORD cookie = 0;
-    bool embedded = false;
-    std::vector<RecordedEvent> events;
+    std::vector<RecordedEvent>& events = Events();
     // The frame, the control's window and the browser's, once closed.
     std::vector<HWND> windows;
 };
@@ -177,9 +142,9 @@ protected:
 
 TEST_F(TwoControlsTest, EachControlKeepsItsOwnThumbnailsWhateverTheOtherFillsOrHowItEnds) {
     const std::string animals = layout.Path("Animals.QLT");
-    EmbeddedControl a;
+    HostedBrowser a;
     ASSERT_TRUE(a.Ok());
-    auto b = std::make_unique<EmbeddedControl>();
+    auto b = std::make_unique<HostedBrowser>();
     ASSERT_TRUE(b->Ok());
 
     ASSERT_TRUE(a.Select("Animals"));
@@ -224,8 +189,8 @@ TEST_F(TwoControlsTest, EachControlKeepsItsOwnThumbnailsWhateverTheOtherFillsOrH
 TEST_F(TwoControlsTest, EachBrowserEmptiesItsOwnLibraryAtEveryFillAndAtTeardown) {
     const size_t live = imaging::kernel::LiveStorageCount();
     {
-        EmbeddedControl a;
-        EmbeddedControl b;
+        HostedBrowser a;
+        HostedBrowser b;
         ASSERT_TRUE(a.Ok());
         ASSERT_TRUE(b.Ok());
         ASSERT_TRUE(a.Select("Animals"));
@@ -288,7 +253,7 @@ void BrowseOnOwnThread(Browsing* work, Gate* start, int rounds) {
         return;
     }
     {
-        EmbeddedControl browser;
+        HostedBrowser browser;
         // Both controls exist before either browses.
         start->ArriveAndWait();
         if (!browser.Ok()) fail("embedding");

@@ -7,6 +7,7 @@
 #include <map>
 
 #include "ControlTestEnvironment.h"
+#include "PersistTestSupport.h"
 #include "browser/BrowserIds.h"
 #include "control/LumbrelIds.h"
 #include "framework/ole/OleControl.h"
@@ -244,30 +245,12 @@ TEST_F(ContainerDutiesTest, TheAboutBoxTurnsTheFramesModelessWindowsOffWhileItIs
 
 // ---- Persistence -----------------------------------------------------------------------
 
-ComPtr<IStream> NewStream() {
-    ComPtr<IStream> stream;
-    ::CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
-    return stream;
-}
-
-void Rewind(IStream* stream) {
-    LARGE_INTEGER start = {};
-    stream->Seek(start, STREAM_SEEK_SET, nullptr);
-}
-
 LUMBREL_COM_CLASS_BEGIN
-class VariantBag : public IPropertyBag {
+class VariantBag : public StackPropertyBag {
 public:
     virtual ~VariantBag() {
         for (auto& value : values) ::VariantClear(&value.second);
     }
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (iid != IID_IUnknown && iid != IID_IPropertyBag) return E_NOINTERFACE;
-        *object = static_cast<IPropertyBag*>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE Read(LPCOLESTR name, VARIANT* value, IErrorLog*) override {
         auto found = values.find(name);
         if (found == values.end()) return E_INVALIDARG;

@@ -4,17 +4,12 @@
 #include <map>
 
 #include "ControlTestEnvironment.h"
+#include "PersistTestSupport.h"
 
 namespace controltest {
 namespace {
 
 class PersistenceTest : public ControlFixture {};
-
-ComPtr<IStream> NewStream() {
-    ComPtr<IStream> stream;
-    ::CreateStreamOnHGlobal(nullptr, TRUE, stream.Put());
-    return stream;
-}
 
 std::vector<unsigned char> Contents(IStream* stream) {
     HGLOBAL memory = nullptr;
@@ -29,16 +24,8 @@ std::vector<unsigned char> Contents(IStream* stream) {
 }
 
 LUMBREL_COM_CLASS_BEGIN
-class MemoryBag : public IPropertyBag {
+class MemoryBag : public StackPropertyBag {
 public:
-    virtual ~MemoryBag() = default;
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        if (iid != IID_IUnknown && iid != IID_IPropertyBag) return E_NOINTERFACE;
-        *object = static_cast<IPropertyBag*>(this);
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return 2; }
-    ULONG STDMETHODCALLTYPE Release() override { return 1; }
     HRESULT STDMETHODCALLTYPE Read(LPCOLESTR name, VARIANT* value, IErrorLog*) override {
         auto found = values.find(name);
         if (found == values.end()) return E_INVALIDARG;
@@ -76,8 +63,7 @@ TEST_F(PersistenceTest, TheStreamHoldsTheVersionThenTheExtentAndNoProperty) {
         << "major 1 in the high word, minor 0 in the low; then the extent's width and height";
     EXPECT_EQ(S_FALSE, persist->IsDirty());
 
-    LARGE_INTEGER start = {};
-    stream->Seek(start, STREAM_SEEK_SET, nullptr);
+    Rewind(stream.Get());
     EXPECT_EQ(S_OK, persist->Load(stream.Get()));
     EXPECT_EQ(E_POINTER, persist->Load(static_cast<IStream*>(nullptr)));
     EXPECT_EQ(E_POINTER, persist->Save(static_cast<IStream*>(nullptr), TRUE));
@@ -88,8 +74,7 @@ TEST_F(PersistenceTest, ATruncatedStreamDoesNotLoad) {
     auto stream = NewStream();
     const unsigned char two[] = {0x00, 0x00};
     stream->Write(two, 2, nullptr);
-    LARGE_INTEGER start = {};
-    stream->Seek(start, STREAM_SEEK_SET, nullptr);
+    Rewind(stream.Get());
     EXPECT_TRUE(FAILED(persist->Load(stream.Get())));
 }
 

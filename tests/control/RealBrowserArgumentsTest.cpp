@@ -8,37 +8,28 @@
 
 #include "ArtLayout.h"
 #include "ControlTestEnvironment.h"
+#include "EmbeddedControlTest.h"
 #include "control/LumbrelIds.h"
 #include "framework/ole/Strings.h"
 
 namespace controltest {
 namespace {
 
-using browsertest::ScopedPrimaryFolder;
 using framework::ole::Bstr;
 
-class RealBrowserArgumentsTest : public ::testing::Test {
+// Active in place, and nothing heard before the test's own calls.
+class RealBrowserArgumentsTest : public browsertest::EmbeddedControlTest {
 protected:
+    RealBrowserArgumentsTest() : EmbeddedControlTest(OLEIVERB_INPLACEACTIVATE) {}
     void SetUp() override {
-        control = new CLumbrelCtrl();
-        site = new TestSite();
-        ASSERT_EQ(S_OK, Embed(Unknown(), site));
-        ASSERT_NE(nullptr, control->BrowserWindow());
-        sink = new EventRecorder(&events, "sink");
-        cookie = AdviseEvents(Unknown(), sink);
-        ASSERT_NE(0u, cookie);
-        ASSERT_EQ(S_OK, Unknown()->QueryInterface(IID_IDispatch, dispatch.PutVoid()));
+        ASSERT_NO_FATAL_FAILURE(EmbeddedControlTest::SetUp());
+        host->Events().clear();
+        ASSERT_EQ(S_OK, host->Unknown()->QueryInterface(IID_IDispatch, dispatch.PutVoid()));
     }
     void TearDown() override {
         dispatch.Reset();
-        UnadviseEvents(Unknown(), cookie);
-        sink->Release();
-        Unembed(Unknown());
-        control->Release();
-        site->Release();
-        EXPECT_EQ(0, framework::ole::ObjectCount()) << "an object of the control outlived its test";
+        EmbeddedControlTest::TearDown();
     }
-    IUnknown* Unknown() const { return static_cast<IOleObject*>(control); }
 
     HRESULT SetItemPath(const Bstr& path, LONG position) {
         VARIANT arguments[2];
@@ -53,7 +44,7 @@ protected:
     // The ItemSel records, in order, as "valid number path".
     std::vector<std::string> Selections() const {
         std::vector<std::string> lines;
-        for (const RecordedEvent& event : events) {
+        for (const RecordedEvent& event : host->Events()) {
             if (event.dispid != control::kDispidItemSel) continue;
             lines.push_back(
                 std::to_string(event.record.valid) + " " + std::to_string(event.record.itemNumber) + " " +
@@ -62,14 +53,7 @@ protected:
         return lines;
     }
 
-    browsertest::ArtLayout& layout = browsertest::SharedLayout();
-    ScopedPrimaryFolder primary{layout.Primary()};
-    CLumbrelCtrl* control = nullptr;
-    TestSite* site = nullptr;
-    EventRecorder* sink = nullptr;
-    DWORD cookie = 0;
     ComPtr<IDispatch> dispatch;
-    std::vector<RecordedEvent> events;
 };
 
 TEST_F(RealBrowserArgumentsTest, AVeryLongPathWalksAsFarAsItsNamesGoAndTheControlGoesOn) {
@@ -82,7 +66,7 @@ TEST_F(RealBrowserArgumentsTest, AVeryLongPathWalksAsFarAsItsNamesGoAndTheContro
     EXPECT_EQ(container.size() + 1 + 200000 + 4, control->itemPath.size())
         << "the whole path was kept, and \".QLT\" appended when it named nothing";
 
-    events.clear();
+    host->Events().clear();
     ASSERT_EQ(S_OK, SetItemPath(Bstr(framework::ole::AnsiToWide(container).c_str()), 3));
     const std::vector<std::string> after = {"0 0 ", "0 0 ", "1 1 " + container + ".QLT",
                                             "1 3 " + container + ".QLT"};

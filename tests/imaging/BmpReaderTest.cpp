@@ -12,6 +12,7 @@
 #include <string>
 #include <vector>
 
+#include "support/LittleEndian.h"
 #include "thumbnails/BitmapKernel.h"
 
 using namespace imaging;
@@ -19,16 +20,8 @@ using namespace imaging;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
-
-void Put16(Bytes& b, size_t at, uint32_t v) {
-    b[at] = static_cast<uint8_t>(v);
-    b[at + 1] = static_cast<uint8_t>(v >> 8);
-}
-
-void Put32(Bytes& b, size_t at, uint32_t v) {
-    Put16(b, at, v & 0xFFFF);
-    Put16(b, at + 2, v >> 16);
-}
+using testsupport::Set16;
+using testsupport::Set32;
 
 // A well-formed file: `bits` deep, with a full palette for palette depths,
 // rows filled with `fill`.
@@ -40,12 +33,12 @@ Bytes Plain(int32_t width, int32_t height, uint32_t bits, uint8_t fill = 0x5A) {
     std::memset(b.data(), 0, 54 + 4 * entries);
     b[0] = 'B';
     b[1] = 'M';
-    Put32(b, 10, 54 + 4 * entries);
-    Put32(b, 14, 40);
-    Put32(b, 18, static_cast<uint32_t>(width));
-    Put32(b, 22, static_cast<uint32_t>(height));
-    Put16(b, 26, 1);
-    Put16(b, 28, bits);
+    Set32(b, 10, 54 + 4 * entries);
+    Set32(b, 14, 40);
+    Set32(b, 18, static_cast<uint32_t>(width));
+    Set32(b, 22, static_cast<uint32_t>(height));
+    Set16(b, 26, 1);
+    Set16(b, 28, bits);
     for (uint32_t i = 0; i < entries; ++i) b[54 + 4 * i] = static_cast<uint8_t>(i);
     return b;
 }
@@ -95,7 +88,7 @@ TEST_F(BmpReader, RowsComeTopFirstWhateverTheStoredOrder) {
     EXPECT_EQ(std::memcmp(kernel::Row(bitmap, 1), bottom, 3), 0);
     FreeBitmap(&bitmap);
 
-    Put32(file, 22, static_cast<uint32_t>(-2));
+    Set32(file, 22, static_cast<uint32_t>(-2));
     ASSERT_TRUE(ReadBmpLayout(file.data(), file.size(), &layout));
     ASSERT_EQ(DecodeBmp(file.data(), file.size(), layout, false, &bitmap), kSuccess);
     EXPECT_EQ(std::memcmp(kernel::Row(bitmap, 0), bottom, 3), 0);
@@ -105,8 +98,8 @@ TEST_F(BmpReader, RowsComeTopFirstWhateverTheStoredOrder) {
 TEST_F(BmpReader, SixteenBitChannelsWidenAndThirtyTwoBitsGetFullAlpha) {
     Bytes file = Plain(2, 1, 16);
     // 0x7FFF is white; 0x0421 is 1 in every channel: 1 << 3 | 1 >> 2 = 8.
-    Put16(file, 54, 0x7FFF);
-    Put16(file, 56, 0x8421);  // the top bit is not looked at
+    Set16(file, 54, 0x7FFF);
+    Set16(file, 56, 0x8421);  // the top bit is not looked at
     BmpLayout layout;
     ASSERT_TRUE(ReadBmpLayout(file.data(), file.size(), &layout));
     BitmapDescriptor bitmap{};
@@ -136,33 +129,33 @@ TEST_F(BmpReader, DeclinesHostileAndUnusualFiles) {
         {"empty", [](Bytes& b) { b.clear(); }},
         {"headers cut short", [](Bytes& b) { b.resize(53); }},
         {"not BM", [](Bytes& b) { b[1] = 'A'; }},
-        {"core header", [](Bytes& b) { Put32(b, 14, 12); }},
-        {"version 5 header", [](Bytes& b) { Put32(b, 14, 124); }},
-        {"header size huge", [](Bytes& b) { Put32(b, 14, 0xFFFFFFFF); }},
-        {"zero width", [](Bytes& b) { Put32(b, 18, 0); }},
-        {"negative width", [](Bytes& b) { Put32(b, 18, static_cast<uint32_t>(-8)); }},
-        {"zero height", [](Bytes& b) { Put32(b, 22, 0); }},
-        {"most negative height", [](Bytes& b) { Put32(b, 22, 0x80000000u); }},
-        {"width beyond the limit", [](Bytes& b) { Put32(b, 18, 16385); }},
-        {"height beyond the limit", [](Bytes& b) { Put32(b, 22, 16385); }},
+        {"core header", [](Bytes& b) { Set32(b, 14, 12); }},
+        {"version 5 header", [](Bytes& b) { Set32(b, 14, 124); }},
+        {"header size huge", [](Bytes& b) { Set32(b, 14, 0xFFFFFFFF); }},
+        {"zero width", [](Bytes& b) { Set32(b, 18, 0); }},
+        {"negative width", [](Bytes& b) { Set32(b, 18, static_cast<uint32_t>(-8)); }},
+        {"zero height", [](Bytes& b) { Set32(b, 22, 0); }},
+        {"most negative height", [](Bytes& b) { Set32(b, 22, 0x80000000u); }},
+        {"width beyond the limit", [](Bytes& b) { Set32(b, 18, 16385); }},
+        {"height beyond the limit", [](Bytes& b) { Set32(b, 22, 16385); }},
         {"pixels beyond the limit",
          [](Bytes& b) {
-             Put32(b, 18, 16384);
-             Put32(b, 22, 16384);
+             Set32(b, 18, 16384);
+             Set32(b, 22, 16384);
          }},
-        {"two planes", [](Bytes& b) { Put16(b, 26, 2); }},
-        {"two bits a pixel", [](Bytes& b) { Put16(b, 28, 2); }},
-        {"zero bits", [](Bytes& b) { Put16(b, 28, 0); }},
-        {"48 bits", [](Bytes& b) { Put16(b, 28, 48); }},
-        {"run-length compressed", [](Bytes& b) { Put32(b, 30, 1); }},
-        {"bit fields", [](Bytes& b) { Put32(b, 30, 3); }},
-        {"JPEG inside", [](Bytes& b) { Put32(b, 30, 4); }},
-        {"rows before the headers end", [](Bytes& b) { Put32(b, 10, 20); }},
-        {"rows beyond the end", [](Bytes& b) { Put32(b, 10, static_cast<uint32_t>(b.size()) + 1); }},
-        {"rows offset huge", [](Bytes& b) { Put32(b, 10, 0xFFFFFFF0u); }},
+        {"two planes", [](Bytes& b) { Set16(b, 26, 2); }},
+        {"two bits a pixel", [](Bytes& b) { Set16(b, 28, 2); }},
+        {"zero bits", [](Bytes& b) { Set16(b, 28, 0); }},
+        {"48 bits", [](Bytes& b) { Set16(b, 28, 48); }},
+        {"run-length compressed", [](Bytes& b) { Set32(b, 30, 1); }},
+        {"bit fields", [](Bytes& b) { Set32(b, 30, 3); }},
+        {"JPEG inside", [](Bytes& b) { Set32(b, 30, 4); }},
+        {"rows before the headers end", [](Bytes& b) { Set32(b, 10, 20); }},
+        {"rows beyond the end", [](Bytes& b) { Set32(b, 10, static_cast<uint32_t>(b.size()) + 1); }},
+        {"rows offset huge", [](Bytes& b) { Set32(b, 10, 0xFFFFFFF0u); }},
         {"last row cut short", [](Bytes& b) { b.pop_back(); }},
-        {"height claims more rows than there are", [](Bytes& b) { Put32(b, 22, 9); }},
-        {"width claims more than a row holds", [](Bytes& b) { Put32(b, 18, 64); }},
+        {"height claims more rows than there are", [](Bytes& b) { Set32(b, 22, 9); }},
+        {"width claims more than a row holds", [](Bytes& b) { Set32(b, 18, 64); }},
     };
     for (uint32_t bits : {8u, 24u}) {
         for (const Case& c : cases) {
@@ -175,12 +168,12 @@ TEST_F(BmpReader, DeclinesHostileAndUnusualFiles) {
     // A palette the file does not hold.
     Bytes file = Plain(4, 3, 8);
     file.resize(54 + 100);
-    Put32(file, 10, 54);
+    Set32(file, 10, 54);
     BmpLayout layout;
     EXPECT_FALSE(ReadBmpLayout(file.data(), file.size(), &layout));
     // A colour count beyond the depth is cut to the depth's 2^bits.
     Bytes claimed = Plain(4, 3, 1);
-    Put32(claimed, 46, 0xFFFFFFFF);
+    Set32(claimed, 46, 0xFFFFFFFF);
     ASSERT_TRUE(ReadBmpLayout(claimed.data(), claimed.size(), &layout));
     EXPECT_EQ(layout.paletteCount, 2u);
     EXPECT_FALSE(ReadBmpLayout(nullptr, 100, &layout));

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "support/LittleEndian.h"
 #include "thumbnails/BmpReader.h"
 #include "thumbnails/Imaging.h"
 #include "thumbnails/ImagingInternal.h"
@@ -16,6 +17,8 @@ using namespace imaging;
 namespace {
 
 using Bytes = std::vector<uint8_t>;
+using testsupport::Set16;
+using testsupport::Set32;
 
 class PlainBmp : public ::testing::Test {
 protected:
@@ -25,16 +28,6 @@ protected:
 private:
     size_t live_ = 0;
 };
-
-void Put16(Bytes& b, size_t at, uint32_t v) {
-    b[at] = static_cast<uint8_t>(v);
-    b[at + 1] = static_cast<uint8_t>(v >> 8);
-}
-
-void Put32(Bytes& b, size_t at, uint32_t v) {
-    Put16(b, at, v & 0xFFFF);
-    Put16(b, at + 2, v >> 16);
-}
 
 struct BmpShape {
     int32_t width = 7;
@@ -71,16 +64,16 @@ Bytes MakeBmp(const BmpShape& s) {
     Bytes b(pixelOffset + stride * static_cast<uint32_t>(s.height));
     b[0] = 'B';
     b[1] = 'M';
-    Put32(b, 2, static_cast<uint32_t>(b.size()));
-    Put32(b, 10, pixelOffset);
-    Put32(b, 14, 40);
-    Put32(b, 18, static_cast<uint32_t>(s.width));
-    Put32(b, 22, static_cast<uint32_t>(s.topDown ? -s.height : s.height));
-    Put16(b, 26, 1);
-    Put16(b, 28, static_cast<uint32_t>(s.bits));
-    Put32(b, 38, static_cast<uint32_t>(s.xPelsPerMeter));
-    Put32(b, 42, static_cast<uint32_t>(s.yPelsPerMeter));
-    Put32(b, 46, s.colorsUsed);
+    Set32(b, 2, static_cast<uint32_t>(b.size()));
+    Set32(b, 10, pixelOffset);
+    Set32(b, 14, 40);
+    Set32(b, 18, static_cast<uint32_t>(s.width));
+    Set32(b, 22, static_cast<uint32_t>(s.topDown ? -s.height : s.height));
+    Set16(b, 26, 1);
+    Set16(b, 28, static_cast<uint32_t>(s.bits));
+    Set32(b, 38, static_cast<uint32_t>(s.xPelsPerMeter));
+    Set32(b, 42, static_cast<uint32_t>(s.yPelsPerMeter));
+    Set32(b, 46, s.colorsUsed);
     for (uint32_t i = 0; i < entries; ++i) {
         const uint8_t level = next();
         for (int c = 0; c < 3; ++c) b[54 + 4 * i + c] = s.greyPalette ? level : next();
@@ -281,7 +274,7 @@ TEST_F(PlainBmp, DeclinedFilesAreLeftToWic) {
     BmpShape shape;
     shape.bits = 24;
     Bytes file = MakeBmp(shape);
-    Put32(file, 30, 3);  // bit fields
+    Set32(file, 30, 3);  // bit fields
     BmpLayout layout;
     EXPECT_FALSE(ReadBmpLayout(file.data(), file.size(), &layout));
 
@@ -290,10 +283,10 @@ TEST_F(PlainBmp, DeclinedFilesAreLeftToWic) {
     sixteen.bits = 16;
     sixteen.gap = 12;
     Bytes masked = MakeBmp(sixteen);
-    Put32(masked, 30, 3);
-    Put32(masked, 54, 0xF800);
-    Put32(masked, 58, 0x07E0);
-    Put32(masked, 62, 0x001F);
+    Set32(masked, 30, 3);
+    Set32(masked, 54, 0xF800);
+    Set32(masked, 58, 0x07E0);
+    Set32(masked, 62, 0x001F);
     EXPECT_FALSE(ReadBmpLayout(masked.data(), masked.size(), &layout));
     BitmapDescriptor loaded{};
     EXPECT_EQ(LoadBitmapMemory(masked.data(), &loaded, 24, kColorOrderBgr,

@@ -15,6 +15,7 @@
 #include "PreviewTestSupport.h"
 #include "browser/NoPreviewPicture.h"
 #include "browser/PreviewRender.h"
+#include "support/LittleEndian.h"
 #include "thumbnails/BitmapHelpers.h"
 
 namespace {
@@ -22,6 +23,8 @@ namespace {
 using previewtest::Bytes;
 using previewtest::MakeRequest;
 using previewtest::PreviewReceiver;
+using testsupport::Set16;
+using testsupport::Set32;
 
 struct CorpusFile {
     const char* name;
@@ -44,14 +47,6 @@ Bytes Uemf(const std::string& name) {
 
 uint32_t Get32(const Bytes& b, size_t at) {
     return b[at] | b[at + 1] << 8 | b[at + 2] << 16 | static_cast<uint32_t>(b[at + 3]) << 24;
-}
-void Set16(Bytes& b, size_t at, uint32_t v) {
-    b[at] = static_cast<uint8_t>(v);
-    b[at + 1] = static_cast<uint8_t>(v >> 8);
-}
-void Set32(Bytes& b, size_t at, uint32_t v) {
-    Set16(b, at, v & 0xFFFF);
-    Set16(b, at + 2, v >> 16);
 }
 Bytes Cut(const Bytes& b, size_t from, size_t length) {
     return Bytes(b.begin() + static_cast<std::ptrdiff_t>(from),
