@@ -67,6 +67,7 @@ std::vector<DISPID> EmbeddedControl::Kinds() const {
 void EmbeddedControl::Release() {
     CLumbrelCtrl* control = control_;
     control_ = nullptr;
+    if (site_ != nullptr) site_->activeObject.Reset();
     if (control != nullptr) static_cast<IOleObject*>(control)->Release();
 }
 

@@ -51,7 +51,10 @@ public:
     std::vector<DISPID> Kinds() const;
     std::function<void()> onEvent;
 
-    // The host's last reference goes (inside an event, as a picker closes).
+    // The host's last reference goes (inside an event, as a picker closes):
+    // its own pointer, and the one its frame keeps to the control while the
+    // control is active in its user interface (a click or the focus makes it
+    // so).
     void Release();
     // What a host does to close a picker: stop listening, close, take the
     // site back, release.
