@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "thumbnails/BitmapKernel.h"
+#include "thumbnails/LittleEndian.h"
 #include "thumbnails/PictureProbe.h"
 
 namespace imaging {
@@ -13,20 +14,9 @@ namespace {
 constexpr uint32_t kFileHeaderBytes = 14;
 constexpr uint32_t kInfoHeaderBytes = 40;
 
-uint32_t U16(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8;
-}
-
-uint32_t U32(const uint8_t* p) {
-    return U16(p) | U16(p + 2) << 16;
-}
-
-int32_t S32(const uint8_t* p) {
-    const uint32_t value = U32(p);
-    int32_t result;
-    std::memcpy(&result, &value, sizeof result);
-    return result;
-}
+using byteorder::Read16;
+using byteorder::Read32;
+using byteorder::ReadSigned32;
 
 // 5 bits to 8, the low bits repeating the high ones.
 uint8_t Widen5(uint32_t value) {
@@ -40,13 +30,13 @@ bool ReadBmpLayout(const uint8_t* data, size_t size, BmpLayout* layout) {
     if (data == nullptr || layout == nullptr || size < kFileHeaderBytes + kInfoHeaderBytes) return false;
     if (data[0] != 'B' || data[1] != 'M') return false;
     const uint8_t* header = data + kFileHeaderBytes;
-    if (U32(header) != kInfoHeaderBytes) return false;
-    const int64_t width = S32(header + 4);
-    const int64_t storedHeight = S32(header + 8);
-    const uint32_t planes = U16(header + 12);
-    const uint32_t bits = U16(header + 14);
-    const uint32_t compression = U32(header + 16);
-    const uint32_t colorsUsed = U32(header + 32);
+    if (Read32(header) != kInfoHeaderBytes) return false;
+    const int64_t width = ReadSigned32(header + 4);
+    const int64_t storedHeight = ReadSigned32(header + 8);
+    const uint32_t planes = Read16(header + 12);
+    const uint32_t bits = Read16(header + 14);
+    const uint32_t compression = Read32(header + 16);
+    const uint32_t colorsUsed = Read32(header + 32);
     if (planes != 1 || compression != 0) return false;
     if (bits != 1 && bits != 4 && bits != 8 && bits != 16 && bits != 24 && bits != 32) return false;
     const int64_t height = storedHeight < 0 ? -storedHeight : storedHeight;
@@ -59,8 +49,8 @@ bool ReadBmpLayout(const uint8_t* data, size_t size, BmpLayout* layout) {
     result.height = static_cast<int32_t>(height);
     result.topDown = storedHeight < 0;
     result.bitsPerPixel = static_cast<int32_t>(bits);
-    result.xPelsPerMeter = S32(header + 24);
-    result.yPelsPerMeter = S32(header + 28);
+    result.xPelsPerMeter = ReadSigned32(header + 24);
+    result.yPelsPerMeter = ReadSigned32(header + 28);
     const uint64_t headersEnd = kFileHeaderBytes + kInfoHeaderBytes;
     if (bits <= 8) {
         const uint32_t entries = 1u << bits;
@@ -68,7 +58,7 @@ bool ReadBmpLayout(const uint8_t* data, size_t size, BmpLayout* layout) {
         result.paletteCount = colorsUsed == 0 ? entries : std::min(colorsUsed, entries);
         if (headersEnd + 4ull * result.paletteCount > size) return false;
     }
-    const uint64_t pixelOffset = U32(data + 10);
+    const uint64_t pixelOffset = Read32(data + 10);
     const uint64_t stride = (static_cast<uint64_t>(width) * bits + 31) / 32 * 4;
     // Rows may not overlap the headers: the offset is the file's word, and a
     // file that points its rows into its own headers is no plain BMP.
@@ -126,7 +116,7 @@ int DecodeBmp(const uint8_t* data, size_t size, const BmpLayout& layout, bool wi
         const int32_t outStep = wide ? 4 : 3;
         for (int32_t x = 0; x < layout.width; ++x, out += outStep) {
             if (bits == 16) {
-                const uint32_t pixel = U16(in + 2 * x);
+                const uint32_t pixel = Read16(in + 2 * x);
                 out[0] = Widen5(pixel);
                 out[1] = Widen5(pixel >> 5);
                 out[2] = Widen5(pixel >> 10);

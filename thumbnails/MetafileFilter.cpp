@@ -5,30 +5,18 @@
 #include <new>
 
 #include "thumbnails/BitmapDescriptor.h"
+#include "thumbnails/LittleEndian.h"
 #include "thumbnails/WmfObjectSlots.h"
 
 namespace imaging {
 
 namespace {
 
-uint32_t Read32(const uint8_t* p) {
-    return p[0] | p[1] << 8 | p[2] << 16 | static_cast<uint32_t>(p[3]) << 24;
-}
-uint32_t Read16(const uint8_t* p) {
-    return p[0] | p[1] << 8;
-}
-int32_t Signed32(uint32_t v) {
-    int32_t result;
-    std::memcpy(&result, &v, sizeof result);
-    return result;
-}
-void Write32(uint8_t* p, uint32_t v) {
-    for (int i = 0; i < 4; ++i) p[i] = static_cast<uint8_t>(v >> (8 * i));
-}
-void Write16(uint8_t* p, uint32_t v) {
-    p[0] = static_cast<uint8_t>(v);
-    p[1] = static_cast<uint8_t>(v >> 8);
-}
+using byteorder::Read16;
+using byteorder::Read32;
+using byteorder::Signed32;
+using byteorder::Write16;
+using byteorder::Write32;
 
 // Sizes GDI takes for granted: a pen or a font millions of units large makes
 // a player widen or rasterise for minutes. Real drawings stay far below.

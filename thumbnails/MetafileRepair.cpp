@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "thumbnails/LittleEndian.h"
 #include "thumbnails/WmfObjectSlots.h"
 
 namespace thumbnails {
@@ -12,20 +13,10 @@ namespace {
 constexpr uint64_t kHeaderBytes = 18;
 constexpr uint64_t kRecordHeaderBytes = 6;
 
-uint32_t Read16(const uint8_t* p) {
-    return static_cast<uint32_t>(p[0]) | static_cast<uint32_t>(p[1]) << 8;
-}
-uint32_t Read32(const uint8_t* p) {
-    return Read16(p) | Read16(p + 2) << 16;
-}
-void Write16(uint8_t* p, uint32_t v) {
-    p[0] = static_cast<uint8_t>(v);
-    p[1] = static_cast<uint8_t>(v >> 8);
-}
-void Write32(uint8_t* p, uint32_t v) {
-    Write16(p, v & 0xFFFF);
-    Write16(p + 2, v >> 16);
-}
+using byteorder::Read16;
+using byteorder::Read32;
+using byteorder::Write16;
+using byteorder::Write32;
 
 MetafileCheckResult Refused(MetafileCheckStatus status, size_t records = 0, uint64_t at = 0,
                             uint32_t function = 0) {
