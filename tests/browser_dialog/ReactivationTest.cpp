@@ -5,6 +5,7 @@
 // scroll bar) is made anew; what the host gave the control stays; nothing
 // of the old windows is left behind in handles, windows or GDI objects.
 #include <sstream>
+#include <string>
 
 #include "ArtLayout.h"
 #include "EmbeddedControl.h"
@@ -210,6 +211,33 @@ TEST_F(ReactivationTest, TheHostsPathIsNavigatedToInEachNewWindowAsInTheFirst) {
         EXPECT_TRUE(SameRecords(first, host.Records())) << "round " << round;
         EXPECT_EQ(firstSelected, host.Dialog().tree.GetItemText(host.Dialog().tree.GetSelectedItem()));
         EXPECT_EQ(7u, host.Dialog().Anchors().size());
+    }
+}
+
+// A new window hears its tree as the first did, also when nothing goes
+// through the drive list first: the start fills the tree from the primary
+// folder directly, and the window that went had stopped listening to its
+// tree on its way out. (With no entry chosen in the drive list the path of
+// a node names nothing, so each click tells the host only that nothing is
+// selected: it is heard all the same.)
+TEST_F(ReactivationTest, ANewWindowHearsItsTreeWithoutTheDriveList) {
+    EmbeddedControl host;
+    ASSERT_TRUE(host.Ok());
+    std::vector<GraphicItemInfo> first;
+    for (int round = 0; round < 3; ++round) {
+        SCOPED_TRACE("activation " + std::to_string(round + 1));
+        if (round > 0) {
+            ASSERT_EQ(S_OK, host.Deactivate());
+            ASSERT_EQ(S_OK, host.Activate());
+        }
+        host.Events().clear();
+        host.ClickTreeItem(host.TreeItem("Blank"));
+        host.ClickTreeItem(host.TreeItem("Animals"));
+        if (round == 0) {
+            first = host.Records();
+            ASSERT_EQ(2u, first.size()) << "each click is heard";
+        }
+        EXPECT_TRUE(SameRecords(first, host.Records()));
     }
 }
 
